@@ -98,9 +98,9 @@ public:
     qnBinaryReaderFunc floatsReader;
     qnBinaryReaderFunc doublesReader;
 
+    class State;  ///< what the reader keeps of what has arrived
+
 private:
-    class State;
-    friend class State;
     State* state_;
 };
 

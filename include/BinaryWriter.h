@@ -12,7 +12,9 @@ struct qnBinaryWriterItem {
         unsigned byteLength;  ///< of an array, in the stream
     };
     qnBinaryOTTag tag;  ///< of an array
-    bool longs;         ///< of an array: whether its elements in memory are of type `long`
+
+    /** What an array's elements are in memory, where that is not what they are in the stream. */
+    enum Elements : unsigned { Plain, Longs, UnsignedLongs } elements;
 };
 
 /**
@@ -89,7 +91,8 @@ public:
     unsigned nextId;  ///< the next id, from 1
 
 private:
-    bool writePointer(void* array, unsigned count, unsigned elementBytes, qnBinaryOTTag tag, bool longs);
+    bool writePointer(void* array, unsigned count, unsigned elementBytes, qnBinaryOTTag tag,
+                      qnBinaryWriterItem::Elements elements);
     bool writeItem(qnBinaryWriterItem& item, unsigned id);
     bool writeArray(qnBinaryWriterItem& item, unsigned id);
     bool putRecord(const char* data, unsigned n);
