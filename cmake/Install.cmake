@@ -14,14 +14,17 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/morvaqndsConfigVersion.cmake
     DESTINATION ${package_dir})
 
-# In the .pc file, a directory outside the prefix is written out in full; others follow the prefix.
-set(pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
-if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
-    set(pc_libdir "${CMAKE_INSTALL_LIBDIR}")
-endif()
-set(pc_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
-if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
-    set(pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+# The .pc file finds the prefix from its own place, so that an installed tree can be moved, unless the library's
+# directory is outside the prefix.
+set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+set(pc_libdir ${CMAKE_INSTALL_FULL_LIBDIR})
+set(pc_includedir ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+    file(RELATIVE_PATH up /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+    string(REGEX REPLACE "/$" "" up "${up}")
+    set(pc_prefix "\${pcfiledir}/${up}")
+    set(pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+    set(pc_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
 set(pc_definitions "")
 if(MORVAQNDS_CHECKED)
