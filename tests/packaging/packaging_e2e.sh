@@ -43,6 +43,17 @@ installed_files() {
 }
 verdict InstalledFilesAreComplete "$(installed_files)"
 
+whole_library_header() {
+    local macros header guard
+    macros=$(echo '#include <morvaqnds.h>' |
+        "$compiler" -x c++ -E -dM -I"$prefix/include/morvaqnds" - 2>"$folder/log") || { echo "does not compile"; return; }
+    for header in "$prefix"/include/morvaqnds/*.h; do
+        guard=$(sed -n 's/^#ifndef //p' "$header" | head -n 1)
+        grep -q "^#define $guard\b" <<<"$macros" || echo "${header##*/} is missing"
+    done
+}
+verdict TheWholeLibraryHeaderBringsEveryHeader "$(whole_library_header)"
+
 with_cmake() {
     { cmake -G Ninja -S "$here" -B "$folder/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" &&
         cmake --build "$folder/cmake"; } >"$folder/log" 2>&1 || { echo "does not build"; return; }
