@@ -1,7 +1,7 @@
 #!/bin/bash
 # Drives the example program tally: counting, keeping the state, and bad input of every sort.
 set -u
-build=$1
+build=$(realpath "$1")
 tally="${MORVAQNDS_EMULATOR:-} $build/examples/tally"
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
