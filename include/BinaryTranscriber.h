@@ -81,7 +81,10 @@ public:
     void removeAll();
 
 private:
+    friend class qnBinaryReader;
     struct Index;
+    /** Arranges the index for keys that are numbers and not addresses. */
+    void expectIds();
     Index& index() const;
 
     mutable Index* index_;

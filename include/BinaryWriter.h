@@ -15,6 +15,8 @@ struct qnBinaryWriterItem {
 
     /** What an array's elements are in memory, where that is not what they are in the stream. */
     enum Elements : unsigned { Plain, Longs, UnsignedLongs } elements;
+
+    unsigned id;  ///< given when it is queued
 };
 
 /**
@@ -93,8 +95,8 @@ public:
 private:
     bool writePointer(void* array, unsigned count, unsigned elementBytes, qnBinaryOTTag tag,
                       qnBinaryWriterItem::Elements elements);
-    bool writeItem(qnBinaryWriterItem& item, unsigned id);
-    bool writeArray(qnBinaryWriterItem& item, unsigned id);
+    bool writeItem(qnBinaryWriterItem& item);
+    bool writeArray(qnBinaryWriterItem& item);
     bool putRecord(const char* data, unsigned n);
     template <class Long>
     bool writeLongs(const Long* values, unsigned count);

@@ -8,6 +8,12 @@
 #include "serial/WordMap.h"
 
 struct qnBinaryOTDict::Index {
+    Index() : entries(AddressGrain) {}
+
+    /** Objects of the heap are 16 bytes apart. */
+    static constexpr unsigned AddressGrain = 4;
+    static constexpr unsigned IdGrain = 0;
+
     WordMap<char*> entries;
 };
 
@@ -29,9 +35,12 @@ qnBinaryOTDict::qnBinaryOTDict(const qnBinaryOTDict& other) : qnDictionary(other
 }
 
 qnBinaryOTDict::~qnBinaryOTDict() {
+    index_->entries.clear();
     cleanup();
     delete index_;
 }
+
+void qnBinaryOTDict::expectIds() { index_->entries.clear(Index::IdGrain); }
 
 const char* qnBinaryOTDict::className() const { return "qnBinaryOTDict"; }
 
@@ -83,19 +92,23 @@ void* qnBinaryOTDict::find(const void* key, void** where) const {
 }
 
 void* qnBinaryOTDict::findCreate(const void* key) {
-    if (void* value = find(key, nullptr)) return value;
-    unsigned bucket = bucketOf(key);
-    char* entry = newEntry();
-    copyKey(key, entry);
-    createValue(entry + keySize);
-    pushEntry(bucket, entry);
-    index_->entries[wordAt(key)] = entry;
-    return entry + keySize;
+    char*& place = index().entries[wordAt(key)];
+    if (place == nullptr) {
+        unsigned bucket = bucketOf(key);
+        char* entry = newEntry();
+        copyKey(key, entry);
+        createValue(entry + keySize);
+        pushEntry(bucket, entry);
+        place = entry;
+    }
+    return place + keySize;
 }
 
 void qnBinaryOTDict::addInternal(const void* key, const void* value) { copyValue(value, findCreate(key)); }
 
 void qnBinaryOTDict::removeAll() {
+    // Emptied first, the index need not follow every removal.
+    index_->entries.clear();
     // The entry that an iterator meets first is the head of its chain, and so is found at once.
     qnBinaryOTDictIter it(*this);
     while (it.dict != nullptr) {

@@ -48,6 +48,7 @@ qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMa
     // Deliberate: floating-point values are copied, whatever the marks say.
     floatsReader = qnBinaryReader_floats;
     doublesReader = qnBinaryReader_doubles;
+    objectTable.expectIds();
     state_ = new State(*this);
 }
 
@@ -95,14 +96,15 @@ void* qnBinaryReader::readObject(qnTypeObj&) {
     if (!fill() || !readInstance(&root)) return nullptr;
     while (pendingItems.length() != 0) {
         qnBinaryReaderItem* item = pop();
-        while (alreadyRead(item->id) == nullptr) {
+        void* arrived;
+        while ((arrived = alreadyRead(item->id)) == nullptr) {
             void* instance;
             if (!fill() || !readInstance(&instance)) {
                 delete item;
                 return nullptr;
             }
         }
-        state_->store(*item);
+        state_->store(*item, arrived);
         delete item;
     }
     return root;
@@ -182,8 +184,8 @@ bool qnBinaryReader::State::readArrayPointer(void* pointerVariable, Use use, uns
 }
 
 void qnBinaryReader::State::storeOrQueue(const qnBinaryReaderItem& item) {
-    if (reader_.alreadyRead(item.id) != nullptr) {
-        store(item);
+    if (void* arrived = reader_.alreadyRead(item.id)) {
+        store(item, arrived);
     } else {
         enqueue(item);
     }
@@ -218,24 +220,23 @@ qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
     return info != nullptr && info->sort == Type ? static_cast<qnTypeObj*>(reader_.alreadyRead(id)) : nullptr;
 }
 
-void qnBinaryReader::State::store(const qnBinaryReaderItem& item) {
+void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived) {
     Info* info = infos_.find(item.id);
     if (item.use_ == ObjectUse) {
         if (info == nullptr || !isObject(info->sort)) qnFatal("XXX bad news!");
-        void* object = reader_.alreadyRead(item.id);
-        std::memcpy(item.address, &object, sizeof object);
+        std::memcpy(item.address, &arrived, sizeof arrived);
         return;
     }
     if (info == nullptr || info->sort != Array || info->byteLength < item.byteLength_) qnFatal("format error");
     // A string's array belongs to it alone and may change with it, so it can be told from others within a graph only.
     if (info->owner == String && info->graph != graph_) qnFatal("format error");
-    void* array = item.use_ == TextUse ? arrayForText(item, *info) : arrayForPointer(item, *info);
+    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived))
+                                       : arrayForPointer(item, *info, arrived);
     std::memcpy(item.address, &array, sizeof array);
 }
 
 /** The text of a waiting string: the array itself if nobody has it, otherwise a copy. */
-void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info) {
-    char* array = static_cast<char*>(reader_.alreadyRead(item.id));
+void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array) {
     if (!agree(info.width, Narrow) || array[item.byteLength_ - 1] != 0) qnFatal("format error");
     info.width = Narrow;
     if (info.owner == Nobody) {
@@ -247,10 +248,9 @@ void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& 
 }
 
 /** The array that all pointer variables share, as wide as they expect it. */
-void* qnBinaryReader::State::arrayForPointer(const qnBinaryReaderItem& item, Info& info) {
+void* qnBinaryReader::State::arrayForPointer(const qnBinaryReaderItem& item, Info& info, void* array) {
     Width width = widthOf(item.use_);
     if (!agree(info.width, width)) qnFatal("format error");
-    void* array = reader_.alreadyRead(item.id);
     if (item.use_ == TerminatedUse && std::memchr(array, 0, info.byteLength) == nullptr) qnFatal("format error");
     if (info.owner == String) {
         array = std::memcpy(heap::allocate(info.byteLength, "qnBinaryReader::readObject"), array, info.byteLength);

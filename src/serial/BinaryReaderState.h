@@ -16,7 +16,7 @@ public:
     enum Use : unsigned char { ObjectUse, ArrayUse, LongArrayUse, UnsignedLongArrayUse, TextUse, TerminatedUse };
 
     explicit State(qnBinaryReader& reader)
-        : reader_(reader), graph_(0), recordRest_(0), textExpected_(false) {
+        : reader_(reader), infos_(0), graph_(0), recordRest_(0), textExpected_(false) {
         supportReading(reader);
     }
     ~State() override {}
@@ -33,7 +33,7 @@ public:
     qnTypeObj* typeOf(unsigned id) const;
 
     /** Stores what has arrived in the variable that waits for it, or ends the process. */
-    void store(const qnBinaryReaderItem& item);
+    void store(const qnBinaryReaderItem& item, void* arrived);
     void storeOrQueue(const qnBinaryReaderItem& item);
 
     bool readArrayPointer(void* pointerVariable, Use use, unsigned byteLength);
@@ -72,8 +72,8 @@ private:
     /** Whether variables that expect these widths can share an array, which may be unclaimed yet. */
     static bool agree(Width a, Width b);
     void enqueue(const qnBinaryReaderItem& item);
-    void* arrayForText(const qnBinaryReaderItem& item, Info& info);
-    void* arrayForPointer(const qnBinaryReaderItem& item, Info& info);
+    void* arrayForText(const qnBinaryReaderItem& item, Info& info, char* array);
+    void* arrayForPointer(const qnBinaryReaderItem& item, Info& info, void* array);
     void replace(unsigned id, void* address);
     static void* widen(void* array, unsigned byteLength, Width width);
 

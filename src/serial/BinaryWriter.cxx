@@ -77,7 +77,8 @@ unsigned qnBinaryWriter::recordIdForAddress(void* address) {
 unsigned qnBinaryWriter::queue(qnBinaryWriterItem* item) {
     void* element = item;
     pendingItems.append(&element);
-    return recordIdForAddress(item->address);
+    item->id = recordIdForAddress(item->address);
+    return item->id;
 }
 
 qnBinaryWriterItem* qnBinaryWriter::pop() {
@@ -94,27 +95,27 @@ bool qnBinaryWriter::writeObject(void* object, qnXDRObj* asXDRObj) {
     queue(newObjectItem(object, asXDRObj->getTypeObj()));
     while (pendingItems.length() != 0) {
         qnBinaryWriterItem* item = pop();
-        bool written = writeItem(*item, alreadyWritten(item->address));
+        bool written = writeItem(*item);
         delete item;
         if (!written || !flush()) return false;
     }
     return true;
 }
 
-bool qnBinaryWriter::writeItem(qnBinaryWriterItem& item, unsigned id) {
-    if (item.kind == ArrayItem) return writeArray(item, id);
+bool qnBinaryWriter::writeItem(qnBinaryWriterItem& item) {
+    if (item.kind == ArrayItem) return writeArray(item);
     unsigned long typeId;
     if (!writeType(*item.type, &typeId)) return false;
     // Deliberate: the version is that of the type introduced last, whatever the object's own is.
     pendingKind = qnBRK_Instance;
-    pendingId = id;
+    pendingId = item.id;
     pendingTypeId = static_cast<unsigned>(typeId);
     return item.type->xdr(item.address, *this);
 }
 
-bool qnBinaryWriter::writeArray(qnBinaryWriterItem& item, unsigned id) {
+bool qnBinaryWriter::writeArray(qnBinaryWriterItem& item) {
     pendingKind = item.tag;
-    pendingId = id;
+    pendingId = item.id;
     pendingByteCount = item.byteLength;
     switch (item.elements) {
         case qnBinaryWriterItem::Longs:

@@ -11,7 +11,10 @@
  * A hash map from pointer words to small plain records: open addressing with linear probing in a power of two of slots,
  * at most half full. Constant time a look-up, also for keys that a hostile stream chooses: the hash is keyed.
  *
- *     WordMap<Info> infos;
+ * Keys are `grain` bits apart, 0 for numbers and more for addresses. Eight neighbours share a group of slots, so that
+ * what is numbered or allocated one after another is found close together.
+ *
+ *     WordMap<Info> infos(0);
  *     infos[id].length = 12;
  *     if (Info* known = infos.find(id)) ...
  *
@@ -23,7 +26,7 @@ class WordMap {
 public:
     typedef std::uintptr_t Word;
 
-    WordMap() : slots_(nullptr), capacity_(0), count_(0) {}
+    explicit WordMap(unsigned grain) : slots_(nullptr), capacity_(0), count_(0), grain_(grain) {}
     ~WordMap() { std::free(slots_); }
 
     WordMap(const WordMap&) = delete;
@@ -66,6 +69,11 @@ public:
         slots_[hole].used = false;
     }
 
+    /** Forgets everything; keys may be of another grain from now on. */
+    void clear(unsigned grain) {
+        clear();
+        grain_ = grain;
+    }
     void clear() {
         std::free(slots_);
         slots_ = nullptr;
@@ -73,17 +81,22 @@ public:
     }
 
 private:
+    static constexpr unsigned GroupBits = 3;
+    static constexpr unsigned GroupSize = 1u << GroupBits;
+
     struct Slot {
         Word key;
         Record record;
         bool used;
     };
 
-    /** Fibonacci hashing, by the golden ratio's fraction of 2^64, after folding the high half in. */
+    /** Fibonacci hashing of the group, by the golden ratio's fraction of 2^64, and a round of mixing (Stafford's). */
     std::size_t hash(Word key) const {
-        std::uint64_t mixed = (std::uint64_t(key) ^ (std::uint64_t(key) >> 32) ^ seed()) * 0x9E3779B97F4A7C15u;
+        std::uint64_t number = std::uint64_t(key) >> grain_;
+        std::uint64_t mixed = ((number >> GroupBits) ^ seed()) * 0x9E3779B97F4A7C15u;
         mixed = (mixed ^ (mixed >> 29)) * 0xBF58476D1CE4E5B9u;
-        return static_cast<std::size_t>(mixed >> 32) & (capacity_ - 1);
+        std::uint64_t group = mixed >> 32;
+        return static_cast<std::size_t>(group << GroupBits | (number & (GroupSize - 1))) & (capacity_ - 1);
     }
 
     /** Differs from process to process, so that keys cannot be chosen to collide. */
@@ -115,6 +128,7 @@ private:
     Slot* slots_;
     std::size_t capacity_;
     std::size_t count_;
+    unsigned grain_;
 };
 
 #endif
