@@ -1,0 +1,37 @@
+#ifndef MORVAQNDS_H
+#define MORVAQNDS_H
+
+/** The whole library. */
+#include "Array.h"
+#include "BinaryReader.h"
+#include "BinaryTranscriber.h"
+#include "BinaryWriter.h"
+#include "BoundingBox.h"
+#include "Checked.h"
+#include "Debug.h"
+#include "Dictionary.h"
+#include "Export.h"
+#include "Fatal.h"
+#include "GlobalOrder.h"
+#include "Identity.h"
+#include "NumberArrays.h"
+#include "OrderedGlobal.h"
+#include "Platform.h"
+#include "RCObj.h"
+#include "Rptr.h"
+#include "SeqRangeArray.h"
+#include "StackBuffer.h"
+#include "Str.h"
+#include "StrArray.h"
+#include "StrStrDictionary.h"
+#include "Stream.h"
+#include "StubFuncArray.h"
+#include "Transcriber.h"
+#include "TypeObj.h"
+#include "TypedArray.h"
+#include "Types.h"
+#include "VoidPtrArray.h"
+#include "VoidPtrDict.h"
+#include "XDRObj.h"
+
+#endif
