@@ -207,7 +207,7 @@ void qnDictionary::invalidateIters(const qnDictBucket* link) const {
     }
 }
 
-qnDictIter::qnDictIter(qnDictionary& dictionary) { start(dictionary); }
+qnDictIter::qnDictIter(qnDictionary& dictionary) : flags(0) { start(dictionary); }
 
 qnDictIter::~qnDictIter() {
     if (dict != nullptr) dict->removeIter(this);
@@ -222,7 +222,7 @@ qnDictIter& qnDictIter::operator=(qnDictionary& dictionary) {
 void qnDictIter::start(qnDictionary& dictionary) {
     dict = &dictionary;
     bucketIndex = 0;
-    flags = 0;
+    flags &= ~unsigned(Advanced);
     current = dictionary.buckets.length() == 0 ? nullptr : dictionary.buckets.elements()[0];
     dictionary.addIter(this);
     if (current == nullptr) advanceToValid();

@@ -1,7 +1,5 @@
 // Entries: construction, lookup, adding, removing, assignment. Iterators are in DictIterTest, streams in
 // DictionaryXdrTest.
-#include "Dictionary.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -9,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "Dictionary.h"
 #include "StrStrDictionary.h"
 #include "VoidPtrDict.h"
 #include "support/ProbeDictionary.h"
@@ -246,7 +245,7 @@ TEST(Dictionary, FindOfAnAbsentKeyIsNullAndSoIsTheLink) {
 
 TEST(Dictionary, BucketIsTheUnsignedRemainderOfTheHash) {
     ProbeDictionary d;
-    d.add(-1, 0);  // 2^32 - 1 modulo 31
+    d.add(-1, 0);       // 2^32 - 1 modulo 31
     d.add(INT_MIN, 0);  // 2^31 modulo 31
     EXPECT_EQ(d.table(), "2: -2147483648 | 3: -1");
 }
@@ -466,8 +465,7 @@ TEST(Dictionary, AssignmentMergesAndTheSourcesValuesWin) {
     source.add(3, 31);
     target.calls();
     target = source;
-    EXPECT_EQ(target.calls(),
-              "hash 2, compare 2 2, destroyValue 20, copyValue 21, hash 3, copyKey 3, copyValue 31");
+    EXPECT_EQ(target.calls(), "hash 2, compare 2 2, destroyValue 20, copyValue 21, hash 3, copyKey 3, copyValue 31");
     EXPECT_EQ(target.table(), "1: 1 | 2: 2 | 3: 3");
     EXPECT_EQ(target.count, 3u);
     EXPECT_EQ(target.value(1), 10);

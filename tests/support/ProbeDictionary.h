@@ -107,4 +107,18 @@ private:
     mutable std::string log_;
 };
 
+/** Where an iterator over a probe dictionary stands: "key=value", "advanced" or "finished". */
+inline std::string standing(const qnDictIter& it) {
+    bool advanced = (it.flags & qnDictIter::Advanced) != 0;
+    if (it.dict == nullptr) {
+        bool silent = it.getKey() == nullptr && it.getValue() == nullptr && it.current == nullptr;
+        return silent && advanced ? "finished" : "dict is null, but the iterator is not finished";
+    }
+    if (advanced) {
+        bool silent = it.getKey() == nullptr && it.getValue() == nullptr && it.current != nullptr;
+        return silent ? "advanced" : "marked as advanced, but answers";
+    }
+    return std::to_string(ProbeDictionary::at(it.getKey())) + "=" + std::to_string(ProbeDictionary::at(it.getValue()));
+}
+
 #endif
