@@ -121,6 +121,9 @@ public:
 
 protected:
     qnBinaryTranscriber();
+
+    /** Appends to the queue. Its room doubles, as a graph may queue millions. */
+    void appendPending(void* item);
 };
 
 #endif

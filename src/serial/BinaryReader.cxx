@@ -76,8 +76,7 @@ void* qnBinaryReader::alreadyRead(unsigned long id) const {
 }
 
 void qnBinaryReader::queue(qnBinaryReaderItem* item) {
-    void* element = item;
-    pendingItems.append(&element);
+    appendPending(item);
 }
 
 qnBinaryReaderItem* qnBinaryReader::pop() {

@@ -5,3 +5,8 @@ qnBinaryTranscriber::qnBinaryTranscriber()
       pendingTypeId(0), pendingVersion(0), pendingByteCount(0), pendingTypeName(nullptr) {}
 
 qnBinaryTranscriber::~qnBinaryTranscriber() {}
+
+void qnBinaryTranscriber::appendPending(void* item) {
+    if (pendingItems.usedBytes == pendingItems.maxBytes) pendingItems.setMaxLength(2 * pendingItems.length() + 4);
+    pendingItems.append(&item);
+}

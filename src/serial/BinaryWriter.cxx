@@ -75,8 +75,7 @@ unsigned qnBinaryWriter::recordIdForAddress(void* address) {
 }
 
 unsigned qnBinaryWriter::queue(qnBinaryWriterItem* item) {
-    void* element = item;
-    pendingItems.append(&element);
+    appendPending(item);
     item->id = recordIdForAddress(item->address);
     return item->id;
 }

