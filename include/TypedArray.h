@@ -33,7 +33,7 @@ public:
     }
     qnTypedArray(const qnTypedArray& other) : Layer(other.elementSize, 0u) { this->copyFrom(other); }
     /** Adopts `block`, `nbytes` bytes of elements from `malloc`. */
-    qnTypedArray(unsigned elementSize, unsigned nbytes, void* block) : Layer(elementSize, nbytes, block) {}
+    qnTypedArray(unsigned bytesPerElement, unsigned nbytes, void* block) : Layer(bytesPerElement, nbytes, block) {}
     /** An empty array that is about to be read. */
     explicit qnTypedArray(qnTypeObj& type) : Layer(type) { this->elementSize = sizeof(Element); }
     ~qnTypedArray() override { this->destroy(); }
