@@ -12,13 +12,6 @@
 
 namespace {
 
-#ifdef MORVAQNDS_CHECKED
-bool isInChain(const qnLinkItem* chain, const qnLinkItem* item) {
-    while (chain != nullptr && chain != item) chain = chain->next;
-    return chain != nullptr;
-}
-#endif
-
 /** Calls `visit` for each item of a chain and returns their number. A circle is found by a marker left behind. */
 template <class Visit>
 int walkChain(qnLinkItem* chain, const char* operation, Visit visit) {
@@ -37,6 +30,18 @@ int walkChain(qnLinkItem* chain, const char* operation, Visit visit) {
     }
     return number;
 }
+
+#ifdef MORVAQNDS_CHECKED
+bool holds(const qnIndexableList& list, const qnLinkItem* sought) {
+    const qnLinkItem* item = list.head;
+    int left = list.count;
+    while (left > 0 && item != nullptr && item != sought) {
+        item = item->next;
+        --left;
+    }
+    return left > 0 && item != nullptr;
+}
+#endif
 
 /** The last link that can be reached from `link` in fewer than `count` steps. */
 qnLinkItem* endOfChain(qnLinkItem* link, int count) {
@@ -137,7 +142,7 @@ void qnIndexableList::detach(qnLinkItem* item) {
 }
 
 qnLinkItem* qnIndexableList::unlink(qnLinkItem* item) {
-    MORVAQNDS_REQUIRE(item != nullptr && isInChain(head, item), "qnIndexableList::unlink: item %p is not in the list",
+    MORVAQNDS_REQUIRE(holds(*this, item), "qnIndexableList::unlink: item %p is not in the list",
                       static_cast<void*>(item));
     detach(item);
     resetCursor();
@@ -180,7 +185,7 @@ void qnIndexableList::cutBefore(qnLinkItem* link) {
 }
 
 qnLinkItem* qnIndexableList::split(qnLinkItem* link) {
-    MORVAQNDS_REQUIRE(link != nullptr && isInChain(head, link), "qnIndexableList::split: item %p is not in the list",
+    MORVAQNDS_REQUIRE(holds(*this, link), "qnIndexableList::split: item %p is not in the list",
                       static_cast<void*>(link));
     cutBefore(link);
     resetCursor();
