@@ -189,7 +189,10 @@ public:
         va_copy(again, arguments);
         int needed = std::vsnprintf(short_, sizeof short_, format, arguments);
         if (needed < 0) {
-            short_[0] = 0;
+            // A conversion that cannot be made: what stands before it counts.
+            std::memset(short_, 0, sizeof short_);
+            std::vsnprintf(short_, sizeof short_, format, again);
+            short_[sizeof short_ - 1] = 0;
         } else if (std::size_t(needed) >= sizeof short_) {
             text_ = static_cast<char*>(heap::allocate(std::size_t(needed) + 1, operation));
             std::vsnprintf(text_, std::size_t(needed) + 1, format, again);

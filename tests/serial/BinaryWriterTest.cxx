@@ -507,7 +507,13 @@ TEST(ObjectTable, BehavesAsADictionaryOfWords) {
     table.remove(&key);
     EXPECT_EQ(nullptr, table.find(&key, nullptr));
     EXPECT_EQ(0u, *static_cast<qnBinaryOTDict::Word*>(table.findCreate(&key)));
-    EXPECT_FALSE(table.xdrKey(*static_cast<qnTranscriber*>(nullptr), &key));
+    MemoryStream stream;
+    qnRetain(&stream);
+    qnBinaryWriter writer(&stream);
+    EXPECT_FALSE(table.xdrKey(writer, &key));
+    EXPECT_FALSE(table.xdrValue(writer, &value));
+    EXPECT_TRUE(writer.flush());
+    EXPECT_TRUE(stream.output.empty());
 }
 
 TEST(ObjectTable, SeesEntriesThatCameAndWentThroughTheDictionary) {
