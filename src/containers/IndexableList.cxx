@@ -67,9 +67,9 @@ qnLinkItem* qnIndexableList::previousOf(const qnLinkItem* item) const {
     return item == head ? nullptr : item->prev;
 }
 
-/** The item's successor in this list. */
+/** The item's successor in this list; behind a tail left behind there is one. */
 qnLinkItem* qnIndexableList::followerOf(const qnLinkItem* item) const {
-    return item == head && count == 1 ? nullptr : item->next;
+    return item == head && count <= 1 ? nullptr : item->next;
 }
 
 void qnIndexableList::resetCursor() {
@@ -106,6 +106,7 @@ void qnIndexableList::insertAt(long index, qnLinkItem* item) {
     MORVAQNDS_REQUIRE(item != head && item != tail, "qnIndexableList::insertAt: item %p is in the list already",
                       static_cast<void*>(item));
     qnLinkItem* place = head != nullptr && index < count ? findLink(index) : nullptr;
+    qnLinkItem* behindTail = head != nullptr ? followerOf(tail) : nullptr;
     addToCount(1, "insertAt");
     if (head == nullptr) {
         // Deliberate: the item's own links stay, so that whoever relies on them still finds them.
@@ -121,8 +122,9 @@ void qnIndexableList::insertAt(long index, qnLinkItem* item) {
         if (index <= cursorIndex) ++cursorIndex;
     } else {
         item->prev = tail;
-        item->next = nullptr;
+        item->next = behindTail;
         tail->next = item;
+        if (behindTail != nullptr) behindTail->prev = item;
         tail = item;
     }
 }
@@ -216,6 +218,12 @@ void qnIndexableList::splice(qnLinkItem* before, qnLinkItem* after, qnIndexableL
     other->becomeEmpty();
 }
 
+void qnIndexableList::spliceAtEnd(qnIndexableList* other, const char* operation) {
+    qnLinkItem* newTail = other->tail;
+    splice(tail, tail != nullptr ? followerOf(tail) : nullptr, other, operation);
+    tail = newTail;
+}
+
 void qnIndexableList::insertListAt(long index, qnIndexableList* other) {
     MORVAQNDS_REQUIRE(index >= 0, "qnIndexableList::insertListAt: index %ld is negative", index);
     MORVAQNDS_REQUIRE(other != nullptr && other != this, "qnIndexableList::insertListAt: not another list, index %ld",
@@ -225,9 +233,7 @@ void qnIndexableList::insertListAt(long index, qnIndexableList* other) {
     if (place != nullptr) {
         splice(previousOf(place), place, other, "insertListAt");
     } else {
-        qnLinkItem* oldTail = tail;
-        tail = other->tail;
-        splice(oldTail, nullptr, other, "insertListAt");
+        spliceAtEnd(other, "insertListAt");
     }
 }
 
@@ -241,8 +247,6 @@ void qnIndexableList::appendListAt(long index, qnIndexableList* other) {
         // Deliberate: behind the last item the tail stays where it was; `appendList` is the operation that moves it.
         splice(place, followerOf(place), other, "appendListAt");
     } else {
-        qnLinkItem* oldTail = tail;
-        tail = other->tail;
-        splice(oldTail, nullptr, other, "appendListAt");
+        spliceAtEnd(other, "appendListAt");
     }
 }

@@ -203,8 +203,8 @@ TEST(IndexableListTest, TheStaleLinksOfAFirstItemAreNotFollowed) {
     }
     qnIndexableList list;
     list.append(&item);
-    list.insert(&first);
     list.append(&last);
+    list.insert(&first);
     expectList(list, "fal");
 
     qnIndexableList single;
@@ -527,9 +527,21 @@ TEST(IndexableListTest, AppendBehindATailLeftBehindGoesRightBehindIt) {
     Letters letters("abc"), other("xy");
     letters.list.appendListAt(2, &other.list);
     letters.list.append(letters.add('d'));
-    EXPECT_EQ("abcd", chainText(letters.list.head));
+    // What was spliced in behind the old tail stays in the chain.
+    EXPECT_EQ("abcdxy", chainText(letters.list.head));
+    EXPECT_EQ(letters.at('d'), other.at('x')->prev);
     EXPECT_EQ(letters.at('d'), letters.list.tail);
     EXPECT_EQ(6, letters.list.count);
+}
+
+TEST(IndexableListTest, AppendListBehindATailLeftBehindGoesRightBehindIt) {
+    Letters letters("abc"), other("xy"), third("de");
+    letters.list.appendListAt(2, &other.list);
+    letters.list.appendList(&third.list);
+    EXPECT_EQ("abcdexy", chainText(letters.list.head));
+    EXPECT_EQ(third.at('e'), other.at('x')->prev);
+    EXPECT_EQ(third.at('e'), letters.list.tail);
+    EXPECT_EQ(7, letters.list.count);
 }
 
 TEST(IndexableListTest, AWalkBackFromATailLeftBehindEndsAtTheHead) {
