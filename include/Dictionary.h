@@ -87,7 +87,10 @@ public:
 
     /** Adds an entry or replaces the value of an existing one, whose key record is kept. */
     virtual void addInternal(const void* key, const void* value);
-    /** The provided body is the exclusive or of the key's 32-bit words; trailing bytes do not count. */
+    /**
+     * Only the low 32 bits of a result count, on every machine: buckets are numbered in streams. The provided body is
+     * the exclusive or of the key's 32-bit words; trailing bytes do not count.
+     */
     virtual unsigned long hashKey(const void* key) const = 0;
     /** 0 means equal. The probe is always the first argument. */
     virtual int compareKeys(const void* a, const void* b) const = 0;
@@ -156,7 +159,8 @@ protected:
     char* newEntry() const;
 
 private:
-    qnDictBucket* findLink(const void* key) const;
+    void requireBuckets(const char* operation) const;
+    qnDictBucket* findInChain(unsigned bucket, const void* key) const;
     qnDictBucket* unlink(const void* key);
     void discard(qnDictBucket* link);
     bool writeEntries(qnTranscriber& transcriber);

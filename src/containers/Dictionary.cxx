@@ -68,10 +68,12 @@ void qnDictionary::streamRecordSizes(unsigned& key, unsigned& value) const {
 
 // Entries
 
+void qnDictionary::requireBuckets(const char* operation) const {
+    if (buckets.length() == 0) qnFatal("qnDictionary::%s: the dictionary has no buckets", operation);
+}
+
 unsigned qnDictionary::bucketOf(const void* key) const {
-    unsigned n = buckets.length();
-    if (n == 0) qnFatal("qnDictionary::addInternal: the dictionary has no buckets");
-    return static_cast<unsigned>(hashKey(key) % n);
+    return static_cast<unsigned>(hashKey(key)) % buckets.length();
 }
 
 char* qnDictionary::newEntry() const {
@@ -86,27 +88,28 @@ qnDictBucket* qnDictionary::pushEntry(unsigned bucket, char* entry) {
     return head;
 }
 
-qnDictBucket* qnDictionary::findLink(const void* key) const {
-    if (buckets.length() == 0) return nullptr;
-    qnDictBucket* link = buckets.elements()[bucketOf(key)];
+qnDictBucket* qnDictionary::findInChain(unsigned bucket, const void* key) const {
+    qnDictBucket* link = buckets.elements()[bucket];
     while (link != nullptr && compareKeys(key, link->entry) != 0) link = link->next;
     return link;
 }
 
 void* qnDictionary::find(const void* key, void** where) const {
-    qnDictBucket* link = findLink(key);
+    qnDictBucket* link = buckets.length() == 0 ? nullptr : findInChain(bucketOf(key), key);
     if (where != nullptr) *where = link;
     return link == nullptr ? nullptr : link->entry + keySize;
 }
 
 void qnDictionary::addInternal(const void* key, const void* value) {
-    if (void* old = find(key, nullptr)) {
+    requireBuckets("addInternal");
+    unsigned bucket = bucketOf(key);
+    if (qnDictBucket* link = findInChain(bucket, key)) {
+        void* old = link->entry + keySize;
         if (old == value) return;
         destroyValue(old);
         copyValue(value, old);
         return;
     }
-    unsigned bucket = bucketOf(key);
     char* entry = newEntry();
     copyKey(key, entry);
     copyValue(value, entry + keySize);
@@ -114,8 +117,9 @@ void qnDictionary::addInternal(const void* key, const void* value) {
 }
 
 void* qnDictionary::findCreate(const void* key) {
-    if (void* value = find(key, nullptr)) return value;
+    requireBuckets("findCreate");
     unsigned bucket = bucketOf(key);
+    if (qnDictBucket* link = findInChain(bucket, key)) return link->entry + keySize;
     char* entry = newEntry();
     copyKey(key, entry);
     createValue(entry + keySize);
@@ -203,7 +207,7 @@ void qnDictionary::invalidateIters(const qnDictBucket* link) const {
     }
 }
 
-qnDictIter::qnDictIter(qnDictionary& dictionary) { start(dictionary); }
+qnDictIter::qnDictIter(qnDictionary& dictionary) : flags(0) { start(dictionary); }
 
 qnDictIter::~qnDictIter() {
     if (dict != nullptr) dict->removeIter(this);
@@ -218,7 +222,7 @@ qnDictIter& qnDictIter::operator=(qnDictionary& dictionary) {
 void qnDictIter::start(qnDictionary& dictionary) {
     dict = &dictionary;
     bucketIndex = 0;
-    flags = 0;
+    flags &= ~unsigned(Advanced);
     current = dictionary.buckets.length() == 0 ? nullptr : dictionary.buckets.elements()[0];
     dictionary.addIter(this);
     if (current == nullptr) advanceToValid();

@@ -111,7 +111,7 @@ verdict state_cut_at_every_length "$why"
 
 why=""
 for ((place = 0; place < size; ++place)); do
-    for flip in 01 80 ff; do
+    for flip in ${MORVAQNDS_FLIPS:-01 80 ff}; do
         cp whole.qn changed.qn
         byte=$(od -An -tu1 -j "$place" -N 1 whole.qn)
         printf "\\x$(printf %02x $((byte ^ 0x$flip)))" | dd of=changed.qn bs=1 seek="$place" conv=notrunc status=none
