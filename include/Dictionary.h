@@ -164,7 +164,7 @@ private:
     qnDictBucket* unlink(const void* key);
     void discard(qnDictBucket* link);
     bool writeEntries(qnTranscriber& transcriber);
-    bool readEntries(qnTranscriber& transcriber, unsigned entries, unsigned nbuckets);
+    bool readEntries(qnTranscriber& transcriber, unsigned nbuckets);
 
     unsigned staleIters_;  // leading entries of `iters` that a cleanup has detached; they may be gone
 };

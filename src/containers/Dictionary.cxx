@@ -188,7 +188,8 @@ void qnDictionary::addIter(qnDictIter* iter) { iters.append(&iter); }
 
 void qnDictionary::removeIter(qnDictIter* iter) {
     unsigned index = iters.find(&iter, staleIters_);
-    MORVAQNDS_REQUIRE(index < iters.length(), "qnDictionary::removeIter: the iterator is not registered");
+    MORVAQNDS_REQUIRE(index < iters.length(), "qnDictionary::removeIter: the iterator is not among the %u registered",
+                      iters.length() - staleIters_);
     if (index < iters.length()) iters.remove(index, 1);
 }
 
