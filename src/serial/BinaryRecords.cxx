@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "BinaryWriter.h"
-#include "Fatal.h"
+#include "Checked.h"
 #include "Str.h"
 #include "serial/Units.h"
 
@@ -173,6 +173,7 @@ bool qnBinaryWriter::xdr(double** array, unsigned count) {
 }
 
 bool qnBinaryWriter::xdr(char** string) {
+    MORVAQNDS_REQUIRE(*string != nullptr, "qnBinaryWriter::xdr: the string at %p is null", static_cast<void*>(string));
     // The length of no text is not looked for: it is a null pointer like any other.
     unsigned length = *string == nullptr ? 0 : static_cast<unsigned>(std::strlen(*string)) + 1;
     return writePointer(*string, length, 1, qnBOT_Bytes, qnBinaryWriterItem::Plain);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "BinaryReader.h"
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
@@ -474,10 +475,27 @@ TEST_F(Writing, AnArrayOfLongsThatDoNotFitIsRefusedWhenItsTurnComes) {
     EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(4).str()), hex(stream.output));
 }
 
+#ifdef MORVAQNDS_CHECKED
+TEST_F(Writing, CallerErrorsAreFatal) {
+    char* none = nullptr;
+    EXPECT_EXIT(writer.xdr(&none), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: the string at 0x[0-9a-f]+ is null\n$");
+    EXPECT_EXIT(writer.writeObject(nullptr, nullptr), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::writeObject: the root is null\n$");
+    Probe probe;
+    Probe* pointer = &probe;
+    EXPECT_EXIT(writer.xdr(&pointer, nullptr, Probe::type()), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: the pointer 0x[0-9a-f]+ comes without its object\n$");
+    EXPECT_EXIT(writer.pop(), testing::KilledBySignal(SIGABRT), "^qnBinaryWriter::pop: nothing is queued\n$");
+    qnBinaryReader reader(new MemoryStream, 0x1122, 0x33445566, "ieee");
+    EXPECT_EXIT(reader.pop(), testing::KilledBySignal(SIGABRT), "^qnBinaryReader::pop: nothing is queued\n$");
+}
+#else
 TEST_F(Writing, ANullStringIsANullPointer) {
     char* none = nullptr;
     EXPECT_EQ(hex(root(0).u8(0x01).str()), hex(graph([&](qnTranscriber& t, Probe&) { return t.xdr(&none); })));
 }
+#endif
 
 TEST(BinaryWriterDeathTest, ReadingAndImpossibleKindsAreFatal) {
     MemoryStream stream;
