@@ -7,8 +7,9 @@
 namespace {
 
 void perElement(benchmark::State& state) {
-    state.counters["per_element"] = benchmark::Counter(
-        static_cast<double>(state.range(0)), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_element"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 std::vector<qnStr> keys(long n) {

@@ -29,8 +29,7 @@ qnDictionary::qnDictionary(const qnDictionary& other)
     buckets.resize(other.buckets.length());
 }
 
-qnDictionary::qnDictionary(qnTypeObj& type)
-    : qnXDRObj(type), count(0), keySize(0), valueSize(0), staleIters_(0) {}
+qnDictionary::qnDictionary(qnTypeObj& type) : qnXDRObj(type), count(0), keySize(0), valueSize(0), staleIters_(0) {}
 
 qnDictionary::~qnDictionary() {}
 

@@ -118,8 +118,7 @@ bool qnBinaryWriter::writeArray(qnBinaryWriterItem& item) {
     pendingId = item.id;
     pendingByteCount = item.byteLength;
     switch (item.elements) {
-        case qnBinaryWriterItem::Longs:
-            return writeLongs(static_cast<const long*>(item.address), item.byteLength / 4);
+        case qnBinaryWriterItem::Longs: return writeLongs(static_cast<const long*>(item.address), item.byteLength / 4);
         case qnBinaryWriterItem::UnsignedLongs:
             return writeLongs(static_cast<const unsigned long*>(item.address), item.byteLength / 4);
         default: return writeBytes(static_cast<const char*>(item.address), item.byteLength);

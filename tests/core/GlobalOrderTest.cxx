@@ -1,10 +1,9 @@
-#include "GlobalOrder.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "Debug.h"
+#include "GlobalOrder.h"
 #include "OrderedGlobal.h"
 #include "Str.h"
 

@@ -1,14 +1,13 @@
-#include "TypeObj.h"
-
 #include <gtest/gtest.h>
 
+#include "BinaryWriter.h"
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
 #include "StrStrDictionary.h"
+#include "TypeObj.h"
 #include "VoidPtrDict.h"
 #include "XDRObj.h"
-#include "BinaryWriter.h"
 #include "support/MemoryStream.h"
 
 namespace TypeObjTest {

@@ -1,8 +1,7 @@
-#include "BinaryWriter.h"
-
 #include <gtest/gtest.h>
 
 #include "BinaryReader.h"
+#include "BinaryWriter.h"
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
@@ -139,9 +138,8 @@ TEST_F(Writing, TheSameBytesInSmallPiecesGiveTheSameRecords) {
 // Pointers
 
 TEST_F(Writing, ANullObjectPointerIsARecordWithoutPayload) {
-    EXPECT_EQ(hex(root(0).u8(0x01).str()), hex(graph([](qnTranscriber& t, Probe& self) {
-                  return t.xdr(&self.first, self.first, Probe::type());
-              })));
+    EXPECT_EQ(hex(root(0).u8(0x01).str()),
+              hex(graph([](qnTranscriber& t, Probe& self) { return t.xdr(&self.first, self.first, Probe::type()); })));
 }
 
 TEST_F(Writing, TwoPointersToOneObjectAreOneNewOneOldAndOneInstance) {
@@ -206,8 +204,7 @@ qnTypeObj& Sample::getTypeObj() const { return Sample_type; }
 TEST_F(Writing, ATypeFirstMetThroughAPointerStandsBeforeThePointerRecord) {
     Sample sample;
     qnXDRObj* pointer = &sample;
-    std::string written =
-        graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, pointer, Sample_type); });
+    std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, pointer, Sample_type); });
     Bytes expected = root(0) + Bytes::type(3, "Sample").u8(0x0B).u32(4).u8(0x0A).u32(4).u32(3).u32(5);
     EXPECT_EQ(hex(expected.str()), hex(written));
 }
@@ -231,14 +228,14 @@ TEST_F(Writing, ANewPrimitiveArrayIsAPointerAndItsContentsLater) {
     double values[] = {1.0, 2.0};
     double* pointer = values;
     std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 2); });
-    EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(16).u8(0x49).u8(16).u32(3).u32(16).f64(1.0).f64(2.0).str()), hex(written));
+    EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(16).u8(0x49).u8(16).u32(3).u32(16).f64(1.0).f64(2.0).str()),
+              hex(written));
 }
 
 TEST_F(Writing, ARepeatedPrimitiveArrayIsAnOldPointer) {
     short values[] = {1, 2, 3};
     short* pointer = values;
-    std::string written =
-        graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 3) && t.xdr(&pointer, 3); });
+    std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 3) && t.xdr(&pointer, 3); });
     Bytes expected = root(0).u8(0x03).u32(3).u32(6).u8(0x04).u32(3);
     expected.u8(0x46).u8(6).u32(3).u32(6).u16(1).u16(2).u16(3);
     EXPECT_EQ(hex(expected.str()), hex(written));
@@ -322,9 +319,8 @@ TEST_F(Writing, ABasePartIsWrittenOnceAndReferredToAfterwards) {
 }
 
 TEST_F(Writing, ABaseAtTheObjectsOwnAddressIsNotWritten) {
-    EXPECT_EQ(hex(root(0).str()), hex(graph([&](qnTranscriber& t, Probe& self) {
-                  return t.xdr(qnXDRObj_type, &self, &self);
-              })));
+    EXPECT_EQ(hex(root(0).str()),
+              hex(graph([&](qnTranscriber& t, Probe& self) { return t.xdr(qnXDRObj_type, &self, &self); })));
 }
 
 // Strings, arrays, dictionaries

@@ -15,7 +15,7 @@ void makeToolkit() { steps += "T "; }
 void dropToolkit() { steps += "t "; }
 void makeFirst() {
     steps += "A ";
-    qnInitializeToolkit();  // returns at once
+    qnInitializeToolkit();                                // returns at once
     new qnOrderedGlobal(makeLate, dropLate, nullptr, 2);  // is not constructed any more
 }
 void dropFirst() {
