@@ -109,7 +109,10 @@ public:
     void qsort();
     /** The same for `count` elements from `start`. Requires: start + count <= length(). */
     void qsort(unsigned start, unsigned count);
-    /** The partitioning worker, bounds inclusive; `scratch` holds the bytes of one element. */
+    /**
+     * The partitioning worker, bounds inclusive; `scratch` holds the bytes of one element.
+     * Requires: lo <= hi < length().
+     */
     void qsortInternal(unsigned lo, unsigned hi, void* scratch);
 
     // Each returns a new block from `malloc` that the caller owns, or null for a count of 0.

@@ -120,6 +120,7 @@ public:
     using qnFactoryArray<Self, Element>::xdr;
 
     bool xdr(qnTranscriber& transcriber) override {
+        if (transcriber.reading) this->elementSize = sizeof(Element);
         return this->xdrPlain(transcriber, qnStreamSize<Element>::value, &transcribe);
     }
 

@@ -237,7 +237,10 @@ void* qnArray::raw_copy() const {
     return block;
 }
 
-void* qnArray::raw_head(unsigned count) const { return count == 0 ? nullptr : raw_extract(0, count); }
+void* qnArray::raw_head(unsigned count) const {
+    MORVAQNDS_REQUIRE(count <= length(), "qnArray::raw_head: %u elements exceed length %u", count, length());
+    return count == 0 ? nullptr : raw_extract(0, count);
+}
 
 void* qnArray::raw_tail(unsigned count) const {
     MORVAQNDS_REQUIRE(count <= length(), "qnArray::raw_tail: %u elements exceed length %u", count, length());
