@@ -18,9 +18,7 @@ void fill(HashTable& table, std::int64_t number) {
     for (std::int64_t i = 0; i < number; ++i) table.add(keyAt(i), &table);
 }
 
-void countPerKey(benchmark::State& state) {
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+void countPerKey(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * state.range(0)); }
 
 void hashTableAdd(benchmark::State& state) {
     for (auto _ : state) {

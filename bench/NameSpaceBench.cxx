@@ -21,9 +21,7 @@ void intern(NameSpace& space, const std::vector<std::string>& names) {
     for (const std::string& name : names) space.makeAtom(name.c_str(), static_cast<unsigned>(name.size()), 1);
 }
 
-void countPerName(benchmark::State& state) {
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+void countPerName(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * state.range(0)); }
 
 void atomCreate(benchmark::State& state) {
     const std::vector<std::string> names = makeNames(state.range(0));

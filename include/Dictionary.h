@@ -159,6 +159,8 @@ protected:
     char* newEntry() const;
 
 private:
+    /** buckets.length(), by a division that the compiler knows. */
+    unsigned bucketCount() const { return static_cast<unsigned>(buckets.usedBytes / sizeof(qnDictBucket*)); }
     void requireBuckets(const char* operation) const;
     qnDictBucket* findInChain(unsigned bucket, const void* key) const;
     qnDictBucket* unlink(const void* key);

@@ -34,8 +34,8 @@ bool qnDictionary::doxdr(qnTranscriber& transcriber) {
     streamRecordSizes(ownKeySize, ownValueSize);
     unsigned streamKeySize = ownKeySize, streamValueSize = ownValueSize;
     unsigned nbuckets = transcriber.reading ? 0 : buckets.length();
-    if (!transcriber.xdr(&count, 1) || !transcriber.xdr(&streamKeySize, 1) ||
-        !transcriber.xdr(&streamValueSize, 1) || !transcriber.xdr(&nbuckets, 1)) {
+    if (!transcriber.xdr(&count, 1) || !transcriber.xdr(&streamKeySize, 1) || !transcriber.xdr(&streamValueSize, 1) ||
+        !transcriber.xdr(&nbuckets, 1)) {
         return false;
     }
     if (!transcriber.reading) return writeEntries(transcriber);

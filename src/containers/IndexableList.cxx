@@ -63,9 +63,7 @@ qnIndexableList::qnIndexableList(qnLinkItem* chain) : qnIndexableList() {
 }
 
 /** The item's predecessor in this list. */
-qnLinkItem* qnIndexableList::previousOf(const qnLinkItem* item) const {
-    return item == head ? nullptr : item->prev;
-}
+qnLinkItem* qnIndexableList::previousOf(const qnLinkItem* item) const { return item == head ? nullptr : item->prev; }
 
 /** The item's successor in this list; behind a tail left behind there is one. */
 qnLinkItem* qnIndexableList::followerOf(const qnLinkItem* item) const {
@@ -96,9 +94,7 @@ qnLinkItem* qnIndexableList::findLink(long index) {
     return nearestwalk::find(index, count, head, tail, cursor, cursorIndex);
 }
 
-void qnIndexableList::appendAt(long index, qnLinkItem* item) {
-    insertAt(index < count ? index + 1 : index, item);
-}
+void qnIndexableList::appendAt(long index, qnLinkItem* item) { insertAt(index < count ? index + 1 : index, item); }
 
 void qnIndexableList::insertAt(long index, qnLinkItem* item) {
     MORVAQNDS_REQUIRE(index >= 0, "qnIndexableList::insertAt: index %ld is negative", index);

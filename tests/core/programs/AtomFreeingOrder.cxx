@@ -25,9 +25,7 @@ void* operator new(std::size_t size) {
     if (block == nullptr) std::abort();
     return block;
 }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return std::malloc(size);
-}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
 void operator delete(void* block) noexcept {
     note(block);
     std::free(block);
