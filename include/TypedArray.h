@@ -111,7 +111,9 @@ struct qnStreamSize<unsigned long> {
  * The pattern for plain elements that travel through a transcriber.
  *
  * Deliberate: the elements that are written are counted by the capacity and not by the length, so spare elements travel
- * too (as zeros); and reading drops an earlier block without releasing it, as the array is taken to be new.
+ * too (as zeros), but only those in use are read back: call `resize(length())` before writing, or what follows the array
+ * in the stream is read out of step. And reading drops an earlier block without releasing it, as the array is taken to
+ * be new.
  */
 template <class Self, class Element>
 class MORVAQNDS_API qnSerialArray : public qnFactoryArray<Self, Element> {

@@ -18,9 +18,7 @@ namespace ArrayAliasTest {
 
 using testing::ElementsAre;
 
-std::vector<int> values(const qnIntArray& a) {
-    return std::vector<int>(a.elements(), a.elements() + a.length());
-}
+std::vector<int> values(const qnIntArray& a) { return std::vector<int>(a.elements(), a.elements() + a.length()); }
 
 std::vector<std::string> values(const qnStrArray& a) {
     std::vector<std::string> texts;
@@ -28,9 +26,7 @@ std::vector<std::string> values(const qnStrArray& a) {
     return texts;
 }
 
-void add(qnIntArray& a, int value) {
-    a.append(&value);
-}
+void add(qnIntArray& a, int value) { a.append(&value); }
 void add(qnStrArray& a, const char* text) {
     qnStr s(text);
     a.append(&s);
@@ -193,9 +189,7 @@ struct CopyCase {
     unsigned capacity;  // in elements, afterwards
 };
 
-void PrintTo(const CopyCase& c, std::ostream* os) {
-    *os << c.name;
-}
+void PrintTo(const CopyCase& c, std::ostream* os) { *os << c.name; }
 
 qnIntArray& fourMore() {
     static qnIntArray a;

@@ -59,27 +59,19 @@ TEST(ArraySort, OfOneElementComparesItWithItself) {
 }
 
 // i stops at 1, j runs down to 0: places 0 and 0 get the scratch, which is element 0.
-TEST(ArraySort, OfTwoInOrderKeepsThem) {
-    EXPECT_THAT(sorted({1, 2}), ElementsAre(1, 2));
-}
+TEST(ArraySort, OfTwoInOrderKeepsThem) { EXPECT_THAT(sorted({1, 2}), ElementsAre(1, 2)); }
 
 // i runs to 1, j stops at 1: places 0 and 1 both get the scratch, 2.
 //
 // Deliberate: the pivot is not saved before its place is written, so the 1 is lost.
-TEST(ArraySort, OfTwoInReverseOrderRepeatsTheFirst) {
-    EXPECT_THAT(sorted({2, 1}), ElementsAre(2, 2));
-}
+TEST(ArraySort, OfTwoInReverseOrderRepeatsTheFirst) { EXPECT_THAT(sorted({2, 1}), ElementsAre(2, 2)); }
 
 // i = 1, j = 1: nothing to exchange; places 0 and 1 get the 4 they hold.
-TEST(ArraySort, OfTwoEqualKeepsThem) {
-    EXPECT_THAT(sorted({4, 4}), ElementsAre(4, 4));
-}
+TEST(ArraySort, OfTwoEqualKeepsThem) { EXPECT_THAT(sorted({4, 4}), ElementsAre(4, 4)); }
 
 // First partition: boundary 0, nothing changes. Then 1..2 with pivot 2, whose scratch is still 1: i = 2, j = 1, and
 // place 1 gets the 1.
-TEST(ArraySort, OfThreeInOrderLosesTheSecond) {
-    EXPECT_THAT(sorted({1, 2, 3}), ElementsAre(1, 1, 3));
-}
+TEST(ArraySort, OfThreeInOrderLosesTheSecond) { EXPECT_THAT(sorted({1, 2, 3}), ElementsAre(1, 1, 3)); }
 
 // First partition: i runs to 2, j stops at 2; places 0 and 2 get 3. Then 0..1 with pivot 3: i runs to 1, j stops at 1;
 // places 0 and 1 get 3.
@@ -89,14 +81,10 @@ TEST(ArraySort, OfThreeInReverseOrderRepeatsTheFirst) {
 }
 
 // i = 1 (3), j = 2 (1): exchanged, 2 1 3, scratch 3. i = 2, j = 1: places 0 and 1 get 3.
-TEST(ArraySort, OfThreeWithOneExchangeRepeatsTheExchanged) {
-    EXPECT_THAT(sorted({2, 3, 1}), ElementsAre(3, 3, 3));
-}
+TEST(ArraySort, OfThreeWithOneExchangeRepeatsTheExchanged) { EXPECT_THAT(sorted({2, 3, 1}), ElementsAre(3, 3, 3)); }
 
 // i = 1, j = 0: boundary 0, nothing changes. Then 1..2: i runs to 2, j stops at 2; places 1 and 2 get the scratch, 1.
-TEST(ArraySort, OfThreeWithTheSmallestFirstRepeatsIt) {
-    EXPECT_THAT(sorted({1, 3, 2}), ElementsAre(1, 1, 1));
-}
+TEST(ArraySort, OfThreeWithTheSmallestFirstRepeatsIt) { EXPECT_THAT(sorted({1, 3, 2}), ElementsAre(1, 1, 1)); }
 
 TEST(ArraySort, OfEqualElementsKeepsThem) {
     EXPECT_THAT(sorted({2, 2, 2}), ElementsAre(2, 2, 2));
@@ -105,9 +93,7 @@ TEST(ArraySort, OfEqualElementsKeepsThem) {
 
 // 0..4, pivot 4: i = 1 (5), j = 4 (2), exchanged: 4 2 1 6 5, scratch 5. i = 3 (6), j = 2 (1): places 0 and 2 get 5:
 // 5 2 5 6 5. 0..1, pivot 5: i = 1, j = 1: 5 5 5 6 5. 3..4, pivot 6: i = 4, j = 4: places 3 and 4 get 5.
-TEST(ArraySort, OfFiveSpreadsTheLastExchanged) {
-    EXPECT_THAT(sorted({4, 5, 1, 6, 2}), ElementsAre(5, 5, 5, 5, 5));
-}
+TEST(ArraySort, OfFiveSpreadsTheLastExchanged) { EXPECT_THAT(sorted({4, 5, 1, 6, 2}), ElementsAre(5, 5, 5, 5, 5)); }
 
 // 0..5, pivot 5: i = 1 (8), j = 4 (1), exchanged: 5 1 2 9 8 7, scratch 8. i = 3, j = 2: 8 1 8 9 8 7. 0..1: 8 8.
 // 3..5, pivot 9: i runs to 5, j stops at 5: places 3 and 5 get 8. 3..4: both 8.
@@ -117,9 +103,7 @@ TEST(ArraySort, OfSixSpreadsTheLastExchanged) {
 
 // 0..3, pivot 1: i = 1, j = 0, nothing changes, scratch 1. 1..3, pivot 2: i = 2, j = 1: place 1 gets 1. 2..3, pivot 3:
 // i = 3, j = 2: place 2 gets 1.
-TEST(ArraySort, OfFourInOrderKeepsTheFirstAndTheLast) {
-    EXPECT_THAT(sorted({1, 2, 3, 4}), ElementsAre(1, 1, 1, 4));
-}
+TEST(ArraySort, OfFourInOrderKeepsTheFirstAndTheLast) { EXPECT_THAT(sorted({1, 2, 3, 4}), ElementsAre(1, 1, 1, 4)); }
 
 TEST(ArraySort, OfARangeLeavesTheRestAloneAndStartsWithItsFirstElement) {
     RecordingArray a({9, 2, 3, 1, 0});
@@ -249,9 +233,7 @@ struct Model {
     }
 };
 
-int compareInts(const int& a, const int& b) {
-    return a < b ? -1 : a > b ? 1 : 0;
-}
+int compareInts(const int& a, const int& b) { return a < b ? -1 : a > b ? 1 : 0; }
 
 TEST(ArraySort, AgreesWithTheModelOnEveryArrayOfUpToFiveSmallNumbers) {
     for (unsigned length = 0; length <= 5; ++length) {
@@ -329,17 +311,11 @@ void expectWideSort(unsigned short bytes) {
     }
 }
 
-TEST(ArraySort, OfElementsOf32BytesUsesALocalScratch) {
-    expectWideSort(32);
-}
+TEST(ArraySort, OfElementsOf32BytesUsesALocalScratch) { expectWideSort(32); }
 
-TEST(ArraySort, OfElementsOf33BytesUsesTheHeap) {
-    expectWideSort(33);
-}
+TEST(ArraySort, OfElementsOf33BytesUsesTheHeap) { expectWideSort(33); }
 
-TEST(ArraySort, OfVeryWideElements) {
-    expectWideSort(5000);
-}
+TEST(ArraySort, OfVeryWideElements) { expectWideSort(5000); }
 
 // Strings: the same texts as the model, and every place owns its own.
 

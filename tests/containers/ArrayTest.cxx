@@ -239,18 +239,12 @@ void expectWideSwap(unsigned short bytes) {
     EXPECT_EQ(std::string(bytes, 'b') + std::string(bytes, 'a'), std::string(a.data, 2u * bytes));
 }
 
-TEST(Array, SwapOfElementsOf1024BytesUsesALocalBuffer) {
-    expectWideSwap(1024);
-}
+TEST(Array, SwapOfElementsOf1024BytesUsesALocalBuffer) { expectWideSwap(1024); }
 
 // The scratch block of wider elements is never released: see lsan.supp.
-TEST(Array, SwapOfElementsOf1025BytesUsesTheHeap) {
-    expectWideSwap(1025);
-}
+TEST(Array, SwapOfElementsOf1025BytesUsesTheHeap) { expectWideSwap(1025); }
 
-TEST(Array, SwapOfTheWidestElements) {
-    expectWideSwap(65535);
-}
+TEST(Array, SwapOfTheWidestElements) { expectWideSwap(65535); }
 
 TEST(Array, TheTypeObjectIsAbstract) {
     EXPECT_STREQ("qnArray", qnArray_type.name);

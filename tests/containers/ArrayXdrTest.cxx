@@ -458,9 +458,7 @@ std::string bytesOf(qnArray& array) {
 }
 
 /** A type record and an instance record with `n` bytes of data. */
-Bytes arrayRoot(unsigned n) {
-    return Bytes::type(2, "ARRAY").u8(0x4A).u8(n).u32(1).u32(2).u32(1);
-}
+Bytes arrayRoot(unsigned n) { return Bytes::type(2, "ARRAY").u8(0x4A).u8(n).u32(1).u32(2).u32(1); }
 
 TEST(ArrayXdr, ALongTakesFourBytesInAStreamOnEveryMachine) {
     qnLongArray a(2);
@@ -538,6 +536,24 @@ TEST(ArrayXdr, LargeArraysComeBackFromAStream) {
         ASSERT_EQ(static_cast<int>(i * 7), intsRead.elements()[i]);
         ASSERT_EQ(-static_cast<long>(i), longsRead.elements()[i]);
     }
+}
+
+// Deliberate: a reader takes the elements in use only, so what follows an array with spare capacity in the same object
+// is read from the zeros. Programs write their arrays without spare capacity.
+TEST(ArrayXdr, WhatFollowsAnArrayWithSpareCapacityIsReadOutOfStep) {
+    qnIntArray roomy, exact, roomyRead, exactRead;
+    int one = 1, after = 77, afterRoomy = -1, afterExact = -1;
+    roomy.append(&one);
+    exact.append(&one);
+    exact.resize(exact.length());
+    roundTrip([&](qnTranscriber& t, Probe&) { return roomy.xdr(t) && t.xdr(&after, 1); },
+              [&](qnTranscriber& t, Probe&) { return roomyRead.xdr(t) && t.xdr(&afterRoomy, 1); });
+    roundTrip([&](qnTranscriber& t, Probe&) { return exact.xdr(t) && t.xdr(&after, 1); },
+              [&](qnTranscriber& t, Probe&) { return exactRead.xdr(t) && t.xdr(&afterExact, 1); });
+    EXPECT_EQ(1u, roomyRead.length());
+    EXPECT_EQ(0, afterRoomy);
+    EXPECT_EQ(1u, exactRead.length());
+    EXPECT_EQ(77, afterExact);
 }
 
 TEST(ArrayXdr, TenThousandStringsComeBackFromAStream) {
