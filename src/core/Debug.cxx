@@ -1,0 +1,7 @@
+#include "Debug.h"
+
+qnDebug* qn_theDebugger = nullptr;
+
+qnDebug::qnDebug(bool) {}
+
+void qnDebug::parseOption(qnStr&) {}

@@ -1,0 +1,53 @@
+// Everything that the library builds while it is loaded, in one file, because the order matters and must not hang on
+// the order of linking: static objects of one file are built from top to bottom.
+#include "BinaryTranscriber.h"
+#include "Debug.h"
+#include "NumberArrays.h"
+#include "OrderedGlobal.h"
+#include "Str.h"
+#include "StrArray.h"
+#include "StrStrDictionary.h"
+#include "TypeObj.h"
+#include "XDRObj.h"
+
+namespace {
+
+/** Builds the library's singletons, each if it does not exist yet, each after what it needs. */
+void qnOG_Init_cons() {
+    if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
+}
+
+void qnOG_Init_dest() {}
+
+qnOrderedGlobal* transcriberNeeds[] = {&qnOG_Init, nullptr};
+
+constexpr unsigned TypeVersion = 1;
+
+}  // namespace
+
+qnTypeObj qnXDRObj_type("qnXDRObj", TypeVersion, qnXDRObj::newInstance, qnXDRObj::deleteInstance, qnXDRObj::xdr);
+qnTypeObj qnStr_type("qnStr", TypeVersion, qnStr::newInstance, qnStr::deleteInstance, qnStr::xdr);
+
+// Declared in this order, so that the library's initialisation precedes the registry of transcribers.
+qnOrderedGlobal qnOG_Init(qnOG_Init_cons, qnOG_Init_dest, nullptr, 1);
+qnOrderedGlobal qnOG_Transcriber(cons, transcriberNeeds, 1);
+
+// Abstract classes have no factories.
+qnTypeObj qnArray_type("qnArray", TypeVersion, nullptr, nullptr, qnArray::xdr);
+qnTypeObj qnDictionary_type("qnDictionary", TypeVersion, nullptr, nullptr, qnDictionary::xdr);
+
+// Deliberate: all arrays register under one name, which streams record for them. The last one, the string array, is
+// what the name finds.
+qnTypeObj qnBoolArray_type("ARRAY", TypeVersion, qnBoolArray::newInstance, qnBoolArray::deleteInstance, qnBoolArray::xdr);
+qnTypeObj qnCharArray_type("ARRAY", TypeVersion, qnCharArray::newInstance, qnCharArray::deleteInstance, qnCharArray::xdr);
+qnTypeObj qnShortArray_type("ARRAY", TypeVersion, qnShortArray::newInstance, qnShortArray::deleteInstance, qnShortArray::xdr);
+qnTypeObj qnIntArray_type("ARRAY", TypeVersion, qnIntArray::newInstance, qnIntArray::deleteInstance, qnIntArray::xdr);
+qnTypeObj qnLongArray_type("ARRAY", TypeVersion, qnLongArray::newInstance, qnLongArray::deleteInstance, qnLongArray::xdr);
+qnTypeObj qnFloatArray_type("ARRAY", TypeVersion, qnFloatArray::newInstance, qnFloatArray::deleteInstance, qnFloatArray::xdr);
+qnTypeObj qnDoubleArray_type("ARRAY", TypeVersion, qnDoubleArray::newInstance, qnDoubleArray::deleteInstance, qnDoubleArray::xdr);
+qnTypeObj qnUnsignedCharArray_type("ARRAY", TypeVersion, qnUnsignedCharArray::newInstance, qnUnsignedCharArray::deleteInstance, qnUnsignedCharArray::xdr);
+qnTypeObj qnUnsignedShortArray_type("ARRAY", TypeVersion, qnUnsignedShortArray::newInstance, qnUnsignedShortArray::deleteInstance, qnUnsignedShortArray::xdr);
+qnTypeObj qnUnsignedLongArray_type("ARRAY", TypeVersion, qnUnsignedLongArray::newInstance, qnUnsignedLongArray::deleteInstance, qnUnsignedLongArray::xdr);
+qnTypeObj qnStrArray_type("ARRAY", TypeVersion, qnStrArray::newInstance, qnStrArray::deleteInstance, qnStrArray::xdr);
+
+qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance, qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);

@@ -1,0 +1,3 @@
+#include "RCObj.h"
+
+qnRCObj::~qnRCObj() {}

@@ -1,0 +1,280 @@
+// The binary reader: graphs, instances and pointers.
+#include "BinaryReader.h"
+
+#include <cstring>
+
+#include "Checked.h"
+#include "StackBuffer.h"
+#include "Str.h"
+#include "XDRObj.h"
+#include "core/Heap.h"
+#include "serial/BinaryReaderState.h"
+#include "serial/Units.h"
+
+namespace {
+
+/** Whether something of `sort` may be the target of an object pointer. */
+bool isObject(qnBinaryReader::State::Sort sort) {
+    // A base part is an object too: pointers to it were written under its id.
+    return sort == qnBinaryReader::State::Object || sort == qnBinaryReader::State::Base;
+}
+
+}  // namespace
+
+qnBinaryReaderItem::qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor)
+    : address(pointerVariable), id(waitsFor), use_(qnBinaryReader::State::ObjectUse), byteLength_(0) {}
+
+qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMark, const char* floatFormat)
+    : shortsReader(nullptr), longsReader(nullptr), floatsReader(nullptr), doublesReader(nullptr), state_(nullptr) {
+    setStream(newStream);
+    reading = 1;
+    unsigned mark = static_cast<unsigned>(longMark);
+    switch (static_cast<unsigned short>(shortMark)) {
+        case 0x1122: shortsReader = qnBinaryReader_shorts; break;
+        case 0x2211: shortsReader = qnBinaryReader_BS; break;
+        // Deliberate: the mark that is printed is the one for longs, which tells more about the machine.
+        default: qnFatal("qnBinaryReader: unknown short ordering %x", mark);
+    }
+    switch (mark) {
+        case 0x33445566: longsReader = qnBinaryReader_longs; break;
+        case 0x44336655: longsReader = qnBinaryReader_BS; break;
+        case 0x55663344: longsReader = qnBinaryReader_longsSS; break;
+        case 0x66554433: longsReader = qnBinaryReader_longsBSSS; break;
+        default: qnFatal("qnBinaryReader: unknown long ordering %x", mark);
+    }
+    if (floatFormat == nullptr || std::strcmp(floatFormat, "ieee") != 0) {
+        qnFatal("qnBinaryReader: unsupported floating point format %s", floatFormat == nullptr ? "" : floatFormat);
+    }
+    // Deliberate: floating-point values are copied, whatever the marks say.
+    floatsReader = qnBinaryReader_floats;
+    doublesReader = qnBinaryReader_doubles;
+    objectTable.expectIds();
+    state_ = new State(*this);
+}
+
+qnBinaryReader::~qnBinaryReader() {
+    while (pendingItems.length() != 0) delete pop();
+    delete state_;
+}
+
+const char* qnBinaryReader::className() const { return "qnBinaryReader"; }
+
+void qnBinaryReader::reset() {
+    objectTable.removeAll();
+    while (pendingItems.length() != 0) delete pop();
+    pendingItems.resize(0);
+    state_->forget();
+}
+
+bool qnBinaryReader::writeObject(void*, qnXDRObj*) { qnFatal("tried to invoke qnBinaryReader::writeObject"); }
+
+void* qnBinaryReader::alreadyRead(unsigned long id) const {
+    qnBinaryOTDict::Word key = id;
+    const void* address = objectTable.find(&key, nullptr);
+    return address == nullptr ? nullptr
+                              : reinterpret_cast<void*>(*static_cast<const qnBinaryOTDict::Word*>(address));
+}
+
+void qnBinaryReader::queue(qnBinaryReaderItem* item) {
+    appendPending(item);
+}
+
+qnBinaryReaderItem* qnBinaryReader::pop() {
+    unsigned last = pendingItems.length() - 1;
+    MORVAQNDS_REQUIRE(pendingItems.length() != 0, "qnBinaryReader::pop: nothing is queued");
+    void* item = pendingItems.elements()[last];
+    pendingItems.remove(last, 1);
+    return static_cast<qnBinaryReaderItem*>(item);
+}
+
+// Graphs
+
+void* qnBinaryReader::readObject(qnTypeObj&) {
+    state_->startGraph();
+    void* root;
+    if (!fill() || !readInstance(&root)) return nullptr;
+    while (pendingItems.length() != 0) {
+        qnBinaryReaderItem* item = pop();
+        void* arrived;
+        while ((arrived = alreadyRead(item->id)) == nullptr) {
+            void* instance;
+            if (!fill() || !readInstance(&instance)) {
+                delete item;
+                return nullptr;
+            }
+        }
+        state_->store(*item, arrived);
+        delete item;
+    }
+    return root;
+}
+
+bool qnBinaryReader::readInstance(void** result) {
+    while (pendingKind == qnBRK_Type) {
+        if (!fill()) return false;
+    }
+    if (pendingKind >= qnBOT_Bytes && pendingKind <= qnBOT_Doubles) return state_->readArray(result);
+    if (pendingKind != qnBRK_Instance) qnFatal("XXX baddest news");
+
+    qnTypeObj* type = state_->typeOf(pendingTypeId);
+    if (type == nullptr) qnFatal("XXX baddest news");
+    if (type->version != pendingVersion) qnFatal("XXX version error handling is missing");
+    void* object = type->newInstance == nullptr ? nullptr : type->newInstance(*type);
+    if (object == nullptr) qnFatal("XXX baddest news");
+    state_->enter(pendingId, object, State::Object, 0);
+    if (!type->xdr(object, *this)) qnFatal("XXX error handling is missing");
+    *result = object;
+    return true;
+}
+
+// Pointers
+
+bool qnBinaryReader::readPrimPointer(void* pointerVariable, unsigned byteLength) {
+    return state_->readArrayPointer(pointerVariable, State::ArrayUse, byteLength);
+}
+
+bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
+    if (!fill()) return false;
+    switch (pendingKind) {
+        case qnBRK_Null: {
+            void* null = nullptr;
+            std::memcpy(pointerVariable, &null, sizeof null);
+            return true;
+        }
+        case qnBRK_NewObject: queue(new qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        case qnBRK_OldObject: state_->storeOrQueue(qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        default: qnFatal("XXX bad news!");
+    }
+}
+
+bool qnBinaryReader::xdr(qnTypeObj& baseType, void* object, void* base) {
+    if (base == object) return true;
+    if (!fill()) return false;
+    switch (pendingKind) {
+        case qnBRK_NewBase:
+            if (alreadyRead(pendingId) != nullptr) qnFatal("XXX new base for old base");
+            state_->enter(pendingId, base, State::Base, 0);
+            return baseType.xdr(base, *this);
+        case qnBRK_OldBase:
+            if (alreadyRead(pendingId) == nullptr) qnFatal("XXX old base previously unseen");
+            return true;
+        default: qnFatal("XXX bad news!");
+    }
+}
+
+// What has arrived
+
+bool qnBinaryReader::State::readArrayPointer(void* pointerVariable, Use use, unsigned byteLength) {
+    if (use == ArrayUse && textExpected_) use = TextUse;
+    textExpected_ = false;
+    if (!reader_.fill()) return false;
+    qnBinaryReaderItem item(pointerVariable, reader_.pendingId);
+    item.use_ = static_cast<unsigned char>(use);
+    item.byteLength_ = byteLength;
+    // Deliberate: a null pointer is no kind that is expected here.
+    if (reader_.pendingKind == qnBRK_NewArray) {
+        enqueue(item);
+    } else if (reader_.pendingKind == qnBRK_OldArray) {
+        storeOrQueue(item);
+    } else {
+        qnFatal("format error");
+    }
+    return true;
+}
+
+void qnBinaryReader::State::storeOrQueue(const qnBinaryReaderItem& item) {
+    if (void* arrived = reader_.alreadyRead(item.id)) {
+        store(item, arrived);
+    } else {
+        enqueue(item);
+    }
+}
+
+void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
+    if (item.use_ != ObjectUse) {
+        Info& info = infos_[item.id];
+        Width width = widthOf(item.use_);
+        if (info.sort != Array) {
+            if (!agree(info.wanted, width)) qnFatal("format error");
+            info.wanted = width;
+        }
+    }
+    reader_.queue(new qnBinaryReaderItem(item));
+}
+
+void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
+    qnBinaryOTDict::Word key = id;
+    qnBinaryOTDict::Word value = reinterpret_cast<qnBinaryOTDict::Word>(address);
+    reader_.objectTable.addInternal(&key, &value);
+    Info& info = infos_[id];
+    info.sort = sort;
+    info.byteLength = byteLength;
+    info.width = Unclaimed;
+    info.owner = Nobody;
+    info.graph = graph_;
+}
+
+qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
+    const Info* info = infos_.find(id);
+    return info != nullptr && info->sort == Type ? static_cast<qnTypeObj*>(reader_.alreadyRead(id)) : nullptr;
+}
+
+void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived) {
+    Info* info = infos_.find(item.id);
+    if (item.use_ == ObjectUse) {
+        if (info == nullptr || !isObject(info->sort)) qnFatal("XXX bad news!");
+        std::memcpy(item.address, &arrived, sizeof arrived);
+        return;
+    }
+    if (info == nullptr || info->sort != Array || info->byteLength < item.byteLength_) qnFatal("format error");
+    // A string's array belongs to it alone and may change with it, so it can be told from others within a graph only.
+    if (info->owner == String && info->graph != graph_) qnFatal("format error");
+    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived))
+                                       : arrayForPointer(item, *info, arrived);
+    std::memcpy(item.address, &array, sizeof array);
+}
+
+/** The text of a waiting string: the array itself if nobody has it, otherwise a copy. */
+void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array) {
+    if (!agree(info.width, Narrow) || array[item.byteLength_ - 1] != 0) qnFatal("format error");
+    info.width = Narrow;
+    if (info.owner == Nobody) {
+        info.owner = String;
+        return array;
+    }
+    void* copy = heap::allocate(item.byteLength_, "qnBinaryReader::readObject");
+    return std::memcpy(copy, array, item.byteLength_);
+}
+
+/** The array that all pointer variables share, as wide as they expect it. */
+void* qnBinaryReader::State::arrayForPointer(const qnBinaryReaderItem& item, Info& info, void* array) {
+    Width width = widthOf(item.use_);
+    if (!agree(info.width, width)) qnFatal("format error");
+    if (item.use_ == TerminatedUse && std::memchr(array, 0, info.byteLength) == nullptr) qnFatal("format error");
+    if (info.owner == String) {
+        array = std::memcpy(heap::allocate(info.byteLength, "qnBinaryReader::readObject"), array, info.byteLength);
+        replace(item.id, array);
+    } else if (info.width == Unclaimed && width >= Long) {
+        array = widen(array, info.byteLength, width);
+        replace(item.id, array);
+    }
+    info.width = width;
+    info.owner = Program;
+    return array;
+}
+
+void qnBinaryReader::State::replace(unsigned id, void* address) {
+    qnBinaryOTDict::Word key = id;
+    qnBinaryOTDict::Word value = reinterpret_cast<qnBinaryOTDict::Word>(address);
+    reader_.objectTable.addInternal(&key, &value);
+}
+
+void qnBinaryReader::State::variablesMoved(const void* from, std::size_t nbytes, void* to) {
+    qnVoidPtrArray& items = reader_.pendingItems;
+    // The variables in the block were queued last, one after another.
+    for (unsigned i = items.length(); i > 0; --i) {
+        qnBinaryReaderItem* item = static_cast<qnBinaryReaderItem*>(items.elements()[i - 1]);
+        if (!heap::contains(from, nbytes, item->address)) break;
+        item->address = static_cast<char*>(to) + (static_cast<char*>(item->address) - static_cast<const char*>(from));
+    }
+}

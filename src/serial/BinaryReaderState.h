@@ -1,0 +1,93 @@
+#ifndef MORVAQNDS_BINARYREADERSTATE_H
+#define MORVAQNDS_BINARYREADERSTATE_H
+
+#include "BinaryReader.h"
+#include "serial/ReadSupport.h"
+#include "serial/WordMap.h"
+
+/**
+ * What a reader knows beyond its described fields: what each id stands for, so that no pointer gets what it cannot
+ * hold, and how much of the current record is still in the stream.
+ */
+class qnBinaryReader::State : public qnReadSupport {
+public:
+    enum Sort : unsigned char { Unknown, Type, Object, Base, Array };
+    /** What a pointer variable is for. */
+    enum Use : unsigned char { ObjectUse, ArrayUse, LongArrayUse, UnsignedLongArrayUse, TextUse, TerminatedUse };
+
+    explicit State(qnBinaryReader& reader)
+        : reader_(reader), infos_(0), graph_(0), recordRest_(0), textExpected_(false) {
+        supportReading(reader);
+    }
+    ~State() override {}
+
+    void startGraph() { ++graph_; }
+    void forget() {
+        infos_.clear();
+        textExpected_ = false;
+    }
+
+    /** Enters what `id` stands for from now on. */
+    void enter(unsigned id, void* address, Sort sort, unsigned byteLength);
+    /** The type that `id` stands for, or null. */
+    qnTypeObj* typeOf(unsigned id) const;
+
+    /** Stores what has arrived in the variable that waits for it, or ends the process. */
+    void store(const qnBinaryReaderItem& item, void* arrived);
+    void storeOrQueue(const qnBinaryReaderItem& item);
+
+    bool readArrayPointer(void* pointerVariable, Use use, unsigned byteLength);
+    bool readElements(void* pointerVariable, Use use, unsigned count, unsigned elementBytes);
+    /** Reads the contents of the array whose record was read last. */
+    bool readArray(void** result);
+
+    /**
+     * Reads the next record. If its data fits in the `wanted` bytes at `destination` it goes there, and `*taken` says
+     * how much; otherwise it goes to the buffer.
+     */
+    bool fill(char* destination, unsigned wanted, unsigned* taken);
+    /** Makes more of the current record available, in the same way; false when the stream fails. */
+    bool more(char* destination, unsigned wanted, unsigned* taken);
+    unsigned recordRest() const { return recordRest_; }
+
+protected:
+    void textFollows() override { textExpected_ = true; }
+    void variablesMoved(const void* from, std::size_t nbytes, void* to) override;
+
+private:
+    /** What an array's elements are in memory: as in the stream, or spread to longs. Unclaimed ones are as in it. */
+    enum Width : unsigned char { Unclaimed, Narrow, Long, UnsignedLong };
+    enum Owner : unsigned char { Nobody, String, Program };
+
+    struct Info {
+        Sort sort;
+        Width wanted;  // by variables that wait for an array
+        Width width;
+        Owner owner;
+        unsigned byteLength;  // of an array, in the stream
+        unsigned graph;       // in which it arrived
+    };
+
+    static Width widthOf(unsigned char use);
+    /** Whether variables that expect these widths can share an array, which may be unclaimed yet. */
+    static bool agree(Width a, Width b);
+    void enqueue(const qnBinaryReaderItem& item);
+    void* arrayForText(const qnBinaryReaderItem& item, Info& info, char* array);
+    void* arrayForPointer(const qnBinaryReaderItem& item, Info& info, void* array);
+    void replace(unsigned id, void* address);
+    static void* widen(void* array, unsigned byteLength, Width width);
+
+    bool readHead(unsigned& dataBytes);
+    bool readPayload();
+    bool readType();
+    bool skipRest();
+    bool getWord(unsigned& word);
+
+    qnBinaryReader& reader_;
+    WordMap<Info> infos_;
+    unsigned graph_;
+    unsigned recordRest_;  // data bytes of the current record that are still in the stream
+    bool textExpected_;
+};
+
+#endif

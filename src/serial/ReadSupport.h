@@ -1,0 +1,36 @@
+#ifndef MORVAQNDS_READSUPPORT_H
+#define MORVAQNDS_READSUPPORT_H
+
+#include <cstddef>
+
+#include "Transcriber.h"
+
+/**
+ * What the library's own classes tell a reader that completes pointers later, beyond the transcriber's operations.
+ * Other transcribers have none, and the calls do nothing.
+ */
+class qnReadSupport {
+public:
+    /**
+     * The next pointer to an array of chars is a string's text: the string owns the array alone and relies on a NUL at
+     * its end.
+     */
+    static void expectText(qnTranscriber& transcriber) {
+        if (transcriber.readSupport_ != nullptr) transcriber.readSupport_->textFollows();
+    }
+
+    /** A block of `nbytes` bytes with pointer variables that may still wait has moved, byte for byte. */
+    static void blockMoved(qnTranscriber& transcriber, const void* from, std::size_t nbytes, void* to) {
+        if (transcriber.readSupport_ != nullptr) transcriber.readSupport_->variablesMoved(from, nbytes, to);
+    }
+
+protected:
+    virtual ~qnReadSupport() {}
+
+    void supportReading(qnTranscriber& transcriber) { transcriber.readSupport_ = this; }
+
+    virtual void textFollows() = 0;
+    virtual void variablesMoved(const void* from, std::size_t nbytes, void* to) = 0;
+};
+
+#endif

@@ -1,0 +1,126 @@
+#!/bin/bash
+# Drives the example program tally: counting, keeping the state, and bad input of every sort.
+set -u
+build=$(realpath "$1")
+tally="${MORVAQNDS_EMULATOR:-} $build/examples/tally"
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+export ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0"  # a child that ends over a bad stream leaves its objects
+failed=0
+
+verdict() {  # verdict NAME WHY: WHY is empty when the case passed
+    if [ -z "$2" ]; then
+        echo "ok $1"
+    else
+        echo "FAILED $1: $2"
+        failed=1
+    fi
+}
+
+# expect NAME STATUS STDERR COMMAND...: the exit status and all of standard error
+expect() {
+    local name=$1 status=$2 errors=$3 got
+    shift 3
+    "$@" >out 2>err </dev/null
+    got=$?
+    if [ $got != "$status" ]; then
+        verdict "$name" "exit status $got: $(head -c 300 err)"
+    elif [ "$(cat err)" != "$errors" ]; then
+        verdict "$name" "said '$(head -c 300 err)'"
+    else
+        verdict "$name" ""
+    fi
+}
+
+same() {  # same NAME FILE TEXT
+    if [ "$(cat "$2")" = "$3" ]; then verdict "$1" ""; else verdict "$1" "$2 holds '$(head -c 300 "$2")'"; fi
+}
+
+row() { printf '%10s  %s' "$1" "$2"; }
+usage="usage: tally [--top N] [--state FILE] [FILE...]"
+
+printf 'the fox, the hen\nTHE end of the fox\n' >text
+expect counts_a_file 0 "" $tally text
+same prints_an_aligned_table out "$(row count word; echo; row 4 the; echo; row 2 fox; echo; row 1 end; echo; row 1 hen; echo; row 1 of)"
+expect top_limits_the_table 0 "" $tally --top 1 text
+same top_one_prints_one_row out "$(row count word; echo; row 4 the)"
+$tally <text >out 2>err
+same reads_standard_input_without_files out "$(row count word; echo; row 4 the; echo; row 2 fox; echo; row 1 end; echo; row 1 hen; echo; row 1 of)"
+$tally --top 1 - text <text >out 2>err
+same a_dash_is_standard_input out "$(row count word; echo; row 8 the)"
+head -c 70000 /dev/zero | tr '\0' x >long
+$tally --top 1 long | tail -n 1 | tr -d ' \n' >out
+same a_word_longer_than_the_buffer_is_one_word out "1$(cat long)"
+printf 'caf\303\251 caf\303\251' >utf
+$tally utf | tail -n 1 >out
+same words_in_utf8_stay_whole out "$(row 2 "$(printf 'caf\303\251')")"
+
+expect first_run_makes_the_state 0 "" $tally --state s.qn text
+expect second_run_loads_the_state 0 "" $tally --state s.qn text
+same every_count_doubles out "$(row count word; echo; row 8 the; echo; row 4 fox; echo; row 2 end; echo; row 2 hen; echo; row 2 of)"
+cp s.qn whole.qn
+expect state_alone_with_empty_input 0 "" $tally --state s.qn
+chmod 640 s.qn
+$tally --state s.qn text >out
+stat -c %a s.qn >out
+same permissions_of_the_state_stay out 640
+ln -s s.qn link.qn
+$tally --state link.qn text >/dev/null
+readlink link.qn >out
+same a_link_to_the_state_stays_a_link out s.qn
+
+expect unknown_option 2 "tally: --foo: unknown option; $usage" $tally --foo
+expect missing_value 2 "tally: --state: needs a value; $usage" $tally --state
+for number in 0 -1 x 4294967296 ''; do
+    expect "top_of_'$number'" 2 "tally: $number: --top takes a whole number from 1 to 4294967295" $tally --top "$number"
+done
+expect missing_file 1 "tally: none: cannot be read: No such file or directory" $tally none
+expect directory 1 "tally: .: cannot be read: Is a directory" $tally .
+cp whole.qn s.qn
+expect failed_input_with_state 1 "tally: none: cannot be read: No such file or directory" $tally --state s.qn text none
+cmp -s s.qn whole.qn && verdict failed_input_leaves_the_state_alone "" || verdict failed_input_leaves_the_state_alone changed
+
+not_whole() { echo "tally: $1: is not a whole state file ($2); move it away to start over"; }
+short="it is empty, cut short or not a stream"
+: >empty.qn
+expect empty_state 1 "$(not_whole empty.qn "$short")" $tally --state empty.qn text
+expect text_as_state 1 "$(not_whole text "$short")" $tally --state text text
+printf 'other\0ieee\0' >foreign.qn
+printf '\42\21fUD3' >>foreign.qn
+expect foreign_stream_as_state 1 "$(not_whole foreign.qn 'Unknown transcriber type "other"')" $tally --state foreign.qn text
+expect device_as_state 1 "tally: /dev/null: is not a regular file; give --state a file of its own" $tally --state /dev/null text
+{ cat whole.qn; echo; } >longer.qn
+expect state_with_bytes_behind_it 1 "$(not_whole longer.qn "$short")" $tally --state longer.qn text
+expect state_in_a_missing_folder 1 "tally: none/s.qn: cannot write the state beside it: No such file or directory" $tally --state none/s.qn text
+[ -e /dev/full ] && { $tally text >/dev/full 2>err; [ $? = 1 ]; verdict full_output "$([ "$(cat err)" = "tally: standard output: No space left on device" ] || cat err)"; }
+
+# Damage of every place. A run ends with 0 or 1, never by a signal, and a refused state stays as it is.
+size=$(stat -c %s whole.qn)
+why=""
+for ((length = 0; length < size; ++length)); do
+    head -c "$length" whole.qn >cut.qn
+    cp cut.qn before.qn
+    $tally --state cut.qn text >out 2>err </dev/null
+    status=$?
+    if [ $status != 1 ]; then why="length $length: exit status $status: $(head -c 200 err)"; break; fi
+    if [ "$(wc -l <err)" != 1 ]; then why="length $length: said '$(cat err)'"; break; fi
+    if ! cmp -s cut.qn before.qn; then why="length $length: the state changed"; break; fi
+done
+verdict state_cut_at_every_length "$why"
+
+why=""
+for ((place = 0; place < size; ++place)); do
+    for flip in ${MORVAQNDS_FLIPS:-01 80 ff}; do
+        cp whole.qn changed.qn
+        byte=$(od -An -tu1 -j "$place" -N 1 whole.qn)
+        printf "\\x$(printf %02x $((byte ^ 0x$flip)))" | dd of=changed.qn bs=1 seek="$place" conv=notrunc status=none
+        $tally --state changed.qn text >out 2>err </dev/null
+        status=$?
+        if [ $status -gt 1 ]; then why="byte $place ^ $flip: exit status $status: $(head -c 300 err)"; break 2; fi
+    done
+done
+verdict state_with_any_byte_changed "$why"
+
+ls | grep -q 'qn\.[A-Za-z0-9]\{6\}$' && verdict nothing_is_left_beside_the_state "$(ls)" || verdict nothing_is_left_beside_the_state ""
+exit $failed

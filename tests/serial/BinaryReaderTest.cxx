@@ -1,0 +1,603 @@
+#include "BinaryReader.h"
+
+#include <gtest/gtest.h>
+
+#include "NumberArrays.h"
+#include "OrderedGlobal.h"
+#include "StackBuffer.h"
+#include "Str.h"
+#include "StrArray.h"
+#include "StrStrDictionary.h"
+#include "support/Bytes.h"
+#include "support/MemoryStream.h"
+#include "support/Records.h"
+
+namespace BinaryReaderTest {
+
+/** Reads hand-made records. What the objects do is `body`. */
+class Reading : public testing::Test {
+protected:
+    explicit Reading(short shortMark = 0x1122, long longMark = 0x33445566)
+        : stream(new MemoryStream), reader(stream, shortMark, longMark, "ieee") {}
+    ~Reading() override { Probe::onRead() = [](qnTranscriber&, Probe&) { return true; }; }
+
+    Probe* read(const Bytes& records, Probe::Body body = [](qnTranscriber&, Probe&) { return true; }) {
+        Probe::onRead() = body;
+        stream->input += records.str();
+        return static_cast<Probe*>(reader.readObject(Probe::type()));
+    }
+    /** A type record and a root instance with `n` bytes of data. */
+    static Bytes root(unsigned n) {
+        Probe::type();
+        Bytes bytes = Bytes::type(2, "Probe");
+        if (n == 0) return bytes.u8(0x0A).u32(1).u32(2).u32(1);
+        return bytes.u8(0x4A).u8(n).u32(1).u32(2).u32(1);
+    }
+    static Bytes instance(unsigned id) { return Bytes().u8(0x0A).u32(id).u32(2).u32(1); }
+    bool atEnd() const { return stream->position == stream->input.size(); }
+
+    MemoryStream* stream;
+    qnBinaryReader reader;
+};
+
+TEST_F(Reading, AFreshReaderReadsNothing) {
+    EXPECT_STREQ("qnBinaryReader", reader.className());
+    EXPECT_EQ(1, reader.reading);
+    EXPECT_EQ(0u, reader.objectTable.count);
+    EXPECT_EQ(nullptr, read(Bytes()));
+}
+
+TEST_F(Reading, ARootWithoutPointersReadsTypeAndInstanceAndNothingMore) {
+    Probe* root1 = read(root(4).u32(77).u8(0xEE), [](qnTranscriber& t, Probe& self) { return t.xdr(&self.number, 1); });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(77, root1->number);
+    EXPECT_EQ(stream->input.size() - 1, stream->position);
+    EXPECT_EQ(root1, reader.alreadyRead(1));
+    EXPECT_EQ(&Probe::type(), reader.alreadyRead(2));
+    EXPECT_EQ(nullptr, reader.alreadyRead(3));
+    delete root1;
+}
+
+TEST_F(Reading, TheRequestedTypeIsNotConsulted) {
+    Probe::onRead() = [](qnTranscriber&, Probe&) { return true; };
+    stream->input = root(0).str();
+    Probe* root1 = static_cast<Probe*>(reader.readObject(qnStr_type));
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Reading, SeveralTypeRecordsInARowAreConsumed) {
+    Probe* root1 = read(Bytes::type(9, "qnStr") + Bytes::type(8, "ARRAY") + root(0));
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(&qnStr_type, reader.alreadyRead(9));
+    EXPECT_EQ(&qnStrArray_type, reader.alreadyRead(8));
+    delete root1;
+}
+
+TEST_F(Reading, DataGoesOnInFurtherRecordsOfAnyKind) {
+    Probe* root1 = read(root(2).raw("ab").u8(0x40).u8(1).u8('c').u8(0x41).u8(1).u8('d'), [](qnTranscriber& t, Probe&) {
+        char text[4];
+        return t.xdr(text, 4) && std::string(text, 4) == "abcd";
+    });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Reading, ValuesOfEverySortAreReadWithTheirSigns) {
+    Bytes data = Bytes().u8('c').u8(200).u16(0xFFFE).u16(0xFFFF).u32(0xFFFFFFFD).u32(4000000000u).u32(0xFFFFFFFC);
+    data.u32(0xFFFFFFFF).f32(1.5f).f64(-2.5);
+    Probe* root1 = read(root(34) + data, [](qnTranscriber& t, Probe&) {
+        char c;
+        unsigned char b;
+        short s;
+        unsigned short us;
+        int i;
+        unsigned u;
+        long l;
+        unsigned long ul;
+        float f;
+        double d;
+        EXPECT_TRUE(t.xdr(&c, 1) && t.xdr(&b, 1) && t.xdr(&s, 1) && t.xdr(&us, 1) && t.xdr(&i, 1) && t.xdr(&u, 1) &&
+                    t.xdr(&l, 1) && t.xdr(&ul, 1) && t.xdr(&f, 1) && t.xdr(&d, 1));
+        EXPECT_EQ('c', c);
+        EXPECT_EQ(200, b);
+        EXPECT_EQ(-2, s);
+        EXPECT_EQ(65535, us);
+        EXPECT_EQ(-3, i);
+        EXPECT_EQ(4000000000u, u);
+        EXPECT_EQ(-4, l);
+        EXPECT_EQ(4294967295ul, ul);
+        EXPECT_EQ(1.5f, f);
+        EXPECT_EQ(-2.5, d);
+        return true;
+    });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Reading, ALongRunOfLongsIsSpread) {
+    Bytes records = Bytes::type(2, "Probe").u8(0x8A).u16(512).u32(1).u32(2).u32(1);
+    for (unsigned i = 0; i < 128; ++i) records.u32(0u - i);
+    records.u8(0x40).u8(8).u32(0x80000000ul).u32(1);
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe&) {
+        long values[130];
+        EXPECT_TRUE(t.xdr(values, 130));
+        for (long i = 0; i < 128; ++i) EXPECT_EQ(-i, values[i]);
+        EXPECT_EQ(-2147483647L - 1, values[128]);
+        EXPECT_EQ(1, values[129]);
+        return true;
+    });
+    delete root1;
+}
+
+TEST_F(Reading, ARecordLongerThanTheBufferComesInPieces) {
+    std::string data;
+    for (unsigned i = 0; i < 70000; ++i) data += static_cast<char>(i * 7);
+    Bytes records = Bytes::type(2, "Probe").u8(0xCA).u32(70000).u32(1).u32(2).u32(1).raw(data);
+    Probe* root1 = read(records, [&](qnTranscriber& t, Probe&) {
+        std::string got(70000, 0);
+        return t.xdr(&got[0], 3) && t.xdr(&got[3], 600) && t.xdr(&got[603], 69397) && got == data;
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_TRUE(atEnd());
+    delete root1;
+}
+
+TEST_F(Reading, TheUnreadRestOfALongRecordIsSkipped) {
+    Bytes records = Bytes::type(2, "Probe").u8(0x8A).u16(2000).u32(1).u32(2).u32(1).fill(2000, 'x').u8(0x01);
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        char c;
+        self.first = &self;
+        return t.xdr(&c, 1) && t.xdr(&self.first, nullptr, Probe::type());
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(nullptr, root1->first);
+    delete root1;
+}
+
+// Object pointers. The reader takes two words for kinds 4 and 11 to 14.
+
+TEST_F(Reading, ANewPointerIsPatchedWhenItsObjectArrives) {
+    Probe* root1 = read(root(0).u8(0x0B).u32(3).u32(0xABAB).u8(0x01) + instance(3).u8(0x01).u8(0x01),
+                        [](qnTranscriber& t, Probe& self) {
+                            self.second = &self;
+                            return t.xdr(&self.first, nullptr, Probe::type()) &&
+                                   t.xdr(&self.second, nullptr, Probe::type());
+                        });
+    ASSERT_NE(nullptr, root1);
+    ASSERT_NE(nullptr, root1->first);
+    EXPECT_EQ(reader.alreadyRead(3), root1->first);
+    EXPECT_EQ(nullptr, root1->second);
+    EXPECT_TRUE(atEnd());
+    delete root1->first;
+    delete root1;
+}
+
+TEST_F(Reading, AnOldPointerGetsTheKnownObjectAtOnce) {
+    Probe* root1 = read(root(0).u8(0x0C).u32(1).u32(0), [](qnTranscriber& t, Probe& self) {
+        bool ok = t.xdr(&self.first, nullptr, Probe::type());
+        EXPECT_EQ(&self, self.first);
+        return ok;
+    });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Reading, AnOldPointerToWhatIsStillToComeWaits) {
+    bool first = true;
+    Probe* root1 = read(root(0).u8(0x0C).u32(3).u32(0) + instance(3), [&](qnTranscriber& t, Probe& self) {
+        if (!first) return true;
+        first = false;
+        return t.xdr(&self.first, nullptr, Probe::type());
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(reader.alreadyRead(3), root1->first);
+    delete root1->first;
+    delete root1;
+}
+
+TEST_F(Reading, APointerWhoseObjectNeverArrivesGivesNull) {
+    bool first = true;
+    Probe* made = nullptr;
+    EXPECT_EQ(nullptr, read(root(0).u8(0x0B).u32(9).u32(0) + instance(3), [&](qnTranscriber& t, Probe& self) {
+                  if (!first) {
+                      delete made;
+                      made = &self;
+                      return true;
+                  }
+                  first = false;
+                  made = &self;
+                  return t.xdr(&self.first, nullptr, Probe::type());
+              }));
+    delete made;
+}
+
+// Primitive arrays
+
+TEST_F(Reading, AnArrayIsPatchedIntoItsVariableWhenItArrives) {
+    Probe* root1 = read(root(0).u8(0x03).u32(3).u32(16).u8(0x49).u8(16).u32(3).u32(16).f64(1.0).f64(2.0),
+                        [](qnTranscriber& t, Probe& self) { return t.xdr(&self.doubles, 2); });
+    ASSERT_NE(nullptr, root1);
+    ASSERT_NE(nullptr, root1->doubles);
+    EXPECT_EQ(1.0, root1->doubles[0]);
+    EXPECT_EQ(2.0, root1->doubles[1]);
+    std::free(root1->doubles);
+    delete root1;
+}
+
+TEST_F(Reading, ASharedArrayHasOneAddress) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(4).u8(0x04).u32(3).u32(0).u8(0x45).u8(4).u32(3).u32(4).raw("wxyz");
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.chars, 4) && t.xdr(&self.moreChars, 4);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(root1->chars, root1->moreChars);
+    EXPECT_EQ("wxyz", std::string(root1->chars, 4));
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST_F(Reading, LongsArriveAsWideAsTheMachineHasThem) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(8).u8(0x03).u32(4).u32(4).u8(0x03).u32(5).u32(4);
+    records.u8(0x47).u8(4).u32(5).u32(4).u32(0xFFFFFFFF);
+    records.u8(0x47).u8(4).u32(4).u32(4).u32(0xFFFFFFFF);
+    records.u8(0x47).u8(8).u32(3).u32(8).u32(0xFFFFFFFF).u32(7);
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.longs, 2) && t.xdr(&self.ints, 1) && t.xdr(&self.unsignedLongs, 1);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(-1, root1->longs[0]);
+    EXPECT_EQ(7, root1->longs[1]);
+    EXPECT_EQ(-1, root1->ints[0]);
+    EXPECT_EQ(4294967295ul, root1->unsignedLongs[0]);
+    std::free(root1->longs);
+    std::free(root1->ints);
+    std::free(root1->unsignedLongs);
+    delete root1;
+}
+
+TEST_F(Reading, AnArrayThatArrivesBeforeItsPointerIsWidenedForTheFirstThatWantsIt) {
+    // The array record stands as the root of a graph of its own.
+    stream->input = Bytes().u8(0x47).u8(4).u32(3).u32(4).u32(0xFFFFFFFE).str();
+    void* array = reader.readObject(Probe::type());
+    EXPECT_EQ(array, reader.alreadyRead(3));
+    Probe* root1 = read(root(0).u8(0x04).u32(3).u32(0), [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.longs, 1);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(-2, root1->longs[0]);
+    EXPECT_EQ(root1->longs, reader.alreadyRead(3));
+    std::free(root1->longs);
+    delete root1;
+}
+
+TEST_F(Reading, AnArrayOfNothingHasAnAddress) {
+    Probe* root1 = read(root(0).u8(0x03).u32(3).u32(0).u8(0x05).u32(3).u32(0),
+                        [](qnTranscriber& t, Probe& self) { return t.xdr(&self.chars, 0); });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_NE(nullptr, root1->chars);
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST_F(Reading, ALargeArrayGrowsAsItArrives) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(200000).u8(0xC6).u32(200000).u32(3).u32(200000);
+    for (unsigned i = 0; i < 100000; ++i) records.u16(i);
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        return t.xdr(reinterpret_cast<short**>(&self.chars), 100000);
+    });
+    ASSERT_NE(nullptr, root1);
+    const unsigned short* values = reinterpret_cast<unsigned short*>(root1->chars);
+    for (unsigned i = 0; i < 100000; ++i) ASSERT_EQ(static_cast<unsigned short>(i), values[i]);
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST_F(Reading, AClaimOfFourGigabytesIsNotBelieved) {
+    Probe* made = nullptr;
+    auto body = [&](qnTranscriber& t, Probe& self) {
+        made = &self;
+        return t.xdr(&self.chars, 4);
+    };
+    EXPECT_EQ(nullptr, read(root(0).u8(0x03).u32(3).u32(0xFFFFFFFF).u8(0xC5).u32(0xFFFFFFF0).u32(3).u32(0xFFFFFFFF).raw("abc"), body));
+    delete made;
+}
+
+TEST_F(Reading, TerminatedTextIsReadThroughTheStringForms) {
+    Probe* root1 = read(root(0).u8(0x03).u32(3).u32(3).u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3)),
+                        [](qnTranscriber& t, Probe& self) { return t.xdr(&self.chars); });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_STREQ("hi", root1->chars);
+    std::free(root1->chars);
+    delete root1;
+}
+
+// Base parts
+
+struct Base {
+    int value = 0;
+    static bool xdr(void* object, qnTranscriber& t) { return t.xdr(&static_cast<Base*>(object)->value, 1); }
+};
+qnTypeObj Base_type("BinaryReaderTest.Base", 1, nullptr, nullptr, Base::xdr);
+
+TEST_F(Reading, ABasePartIsReadOnceAndReferredToAfterwards) {
+    Base base;
+    Probe* root1 = read(root(0).u8(0x4D).u8(4).u32(3).u32(0).u32(42).u8(0x4E).u8(1).u32(3).u32(0).u8('e'),
+                        [&](qnTranscriber& t, Probe& self) {
+                            char end = 0;
+                            return t.xdr(Base_type, &self, &base) && t.xdr(Base_type, &self, &base) && t.xdr(&end, 1) &&
+                                   end == 'e' && t.xdr(Base_type, &self, &self);
+                        });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(42, base.value);
+    EXPECT_EQ(&base, reader.alreadyRead(3));
+    delete root1;
+}
+
+// Strings
+
+TEST_F(Reading, StringsAreCompleteWhenTheGraphIs) {
+    qnStr* text = nullptr;
+    stream->input = (Bytes::type(2, "qnStr").u8(0x4A).u8(4).u32(1).u32(2).u32(1).u32(3).u8(0x03).u32(3).u32(3).u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3))).str();
+    text = static_cast<qnStr*>(reader.readObject(qnStr_type));
+    ASSERT_NE(nullptr, text);
+    EXPECT_TRUE(*text == "hi");
+    EXPECT_EQ(text->text(), reader.alreadyRead(3));
+    delete text;
+}
+
+TEST_F(Reading, TwoStringsOnOneArrayDoNotShareIt) {
+    Bytes records = root(4).u32(3).u8(0x43).u8(4).u32(3).u32(3).u32(3).u8(0x04).u32(3).u32(0);
+    records.u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3));
+    qnStr a, b;
+    Probe* root1 = read(records, [&](qnTranscriber& t, Probe&) { return a.xdr(t) && b.xdr(t); });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_TRUE(a == "hi");
+    EXPECT_TRUE(b == "hi");
+    EXPECT_NE(a.text(), b.text());
+    delete root1;
+}
+
+TEST_F(Reading, APointerAndAStringOnOneArrayDoNotShareIt) {
+    Bytes records = root(4).u32(3).u8(0x03).u32(3).u32(3).u8(0x04).u32(3).u32(0).u8(0x04).u32(3).u32(0);
+    records.u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3));
+    qnStr a;
+    Probe* root1 = read(records, [&](qnTranscriber& t, Probe& self) {
+        return a.xdr(t) && t.xdr(&self.chars, 3) && t.xdr(&self.moreChars, 3);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_TRUE(a == "hi");
+    EXPECT_STREQ("hi", root1->chars);
+    EXPECT_EQ(root1->chars, root1->moreChars);
+    EXPECT_NE(a.text(), root1->chars);
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST_F(Reading, ReadingIntoAStringReleasesWhatItHad) {
+    qnStr a("something else"), b("more");
+    Probe* root1 = read(root(8).u32(1).u32(1), [&](qnTranscriber& t, Probe&) { return a.xdr(t) && b.xdr(t); });
+    EXPECT_EQ(&qnStr::emptyString, a.text());
+    EXPECT_EQ(0u, b.length());
+    delete root1;
+}
+
+// Several graphs
+
+TEST_F(Reading, WithoutResetASecondGraphKnowsTheFirst) {
+    Probe* root1 = read(root(0));
+    Probe* root2 = read(instance(3).u8(0x0C).u32(1).u32(0), [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.first, nullptr, Probe::type());
+    });
+    ASSERT_NE(nullptr, root2);
+    EXPECT_EQ(root1, root2->first);
+    delete root2;
+    delete root1;
+}
+
+TEST_F(Reading, ResetForgetsObjectsTypesAndWaitingVariables) {
+    Probe* made = nullptr;
+    EXPECT_EQ(nullptr, read(root(0).u8(0x0B).u32(9).u32(0).u8(0x0B).u32(8).u32(0), [&](qnTranscriber& t, Probe& self) {
+                  made = &self;
+                  return t.xdr(&self.first, nullptr, Probe::type()) && t.xdr(&self.second, nullptr, Probe::type());
+              }));
+    EXPECT_EQ(1u, reader.pendingItems.length());
+    EXPECT_EQ(made, reader.alreadyRead(1));
+    reader.reset();
+    EXPECT_EQ(0u, reader.pendingItems.length());
+    EXPECT_EQ(0u, reader.objectTable.count);
+    EXPECT_EQ(nullptr, reader.alreadyRead(1));
+    delete made;
+    Probe* root1 = read(root(0));
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+// The input ends
+
+TEST_F(Reading, AStreamThatEndsBeforeTheInstanceGivesNull) {
+    std::string whole = root(0).str();
+    for (std::size_t n = 0; n < whole.size(); ++n) {
+        qnBinaryReader other(new MemoryStream(whole.substr(0, n)), 0x1122, 0x33445566, "ieee");
+        EXPECT_EQ(nullptr, other.readObject(Probe::type())) << n;
+    }
+}
+
+TEST_F(Reading, AnArrayThatIsCutShortGivesNull) {
+    std::string whole = Bytes().u8(0x45).u8(3).u32(3).u32(3).raw("abc").str();
+    for (std::size_t n = 0; n < whole.size(); ++n) {
+        qnBinaryReader other(new MemoryStream(whole.substr(0, n)), 0x1122, 0x33445566, "ieee");
+        EXPECT_EQ(nullptr, other.readObject(Probe::type())) << n;
+    }
+}
+
+// Containers
+
+TEST_F(Reading, AStringArrayOfNoStringsHasNoBlock) {
+    qnStrArray array;
+    Probe* root1 = read(root(6).u32(0).u16(8), [&](qnTranscriber& t, Probe&) { return array.xdr(t); });
+    EXPECT_EQ(nullptr, array.data);
+    EXPECT_EQ(0u, array.length());
+    delete root1;
+}
+
+TEST_F(Reading, AStringArrayThatGrowsWhileItsTextsAreStillToComeIsPatched) {
+    const unsigned n = 10000;
+    Bytes head = Bytes::type(2, "ARRAY").u8(0x4A).u8(10).u32(1).u32(2).u32(1).u32(8 * n).u16(8).u32(2);
+    for (unsigned i = 0; i < n; ++i) {
+        if (i + 1 < n) {
+            head.u8(0x43).u8(4).u32(3 + i).u32(2).u32(2);
+        } else {
+            head.u8(0x03).u32(3 + i).u32(2);
+        }
+    }
+    for (unsigned i = n; i > 0; --i) head.u8(0x45).u8(2).u32(2 + i).u32(2).u8('a' + i % 26).u8(0);
+    stream->input = head.str();
+    qnStrArray* array = static_cast<qnStrArray*>(reader.readObject(qnStrArray_type));
+    ASSERT_NE(nullptr, array);
+    ASSERT_EQ(n, array->length());
+    EXPECT_EQ(array->usedBytes, array->maxBytes);
+    for (unsigned i = 0; i < n; ++i) {
+        ASSERT_EQ(1u, array->elements()[i].length());
+        ASSERT_EQ(static_cast<char>('a' + (i + 1) % 26), array->elements()[i].text()[0]);
+    }
+    delete array;
+}
+
+TEST_F(Reading, ALargeNumberArrayGrowsAsItArrives) {
+    const unsigned n = 50000;
+    Bytes records = Bytes::type(2, "Probe").u8(0xCA).u32(6 + 4 * n).u32(1).u32(2).u32(1).u32(4 * n).u16(4);
+    for (unsigned i = 0; i < n; ++i) records.u32(i);
+    qnLongArray array;
+    Probe* root1 = read(records, [&](qnTranscriber& t, Probe&) { return array.xdr(t); });
+    ASSERT_EQ(n, array.length());
+    for (unsigned i = 0; i < n; ++i) ASSERT_EQ(static_cast<long>(i), array.elements()[i]);
+    EXPECT_EQ(array.usedBytes, array.maxBytes);
+    delete root1;
+}
+
+TEST_F(Reading, ADictionaryIsReadWithItsChainsReversed) {
+    Bytes records = Bytes::type(2, "DICT").u8(0x4A).u8(20).u32(1).u32(2).u32(1).u32(2).u32(8).u32(8).u32(4).u32(2);
+    records.u8(0x43).u8(12).u32(3).u32(2).u32(1).u32(3).u32(2).u8(0x43).u8(8).u32(4).u32(2).u32(1).u32(3);
+    records.u8(0x45).u8(2).u32(4).u32(2).u8('b').u8(0).u8(0x45).u8(2).u32(3).u32(2).u8('a').u8(0);
+    stream->input = records.str();
+    qnStrStrDictionary* dictionary = static_cast<qnStrStrDictionary*>(reader.readObject(qnStrStrDictionary_type));
+    ASSERT_NE(nullptr, dictionary);
+    EXPECT_EQ(2u, dictionary->count);
+    ASSERT_EQ(4u, dictionary->buckets.length());
+    // Deliberate: the bucket is the one in the stream, whatever the hash says.
+    qnDictBucket* link = dictionary->buckets.elements()[3];
+    ASSERT_NE(nullptr, link);
+    EXPECT_TRUE(*reinterpret_cast<qnStr*>(link->entry) == "b");
+    ASSERT_NE(nullptr, link->next);
+    EXPECT_TRUE(*reinterpret_cast<qnStr*>(link->next->entry) == "a");
+    delete dictionary;
+}
+
+// Byte orders. The records' own numbers are in this machine's order; only values are rearranged.
+
+class Swapping : public Reading {
+protected:
+    Swapping() : Reading(0x2211, 0x66554433) {}
+};
+
+TEST_F(Swapping, ShortsAreSwappedAndLongsReversedAndFloatingPointIsCopied) {
+    Bytes data = Bytes().raw(std::string("\x00\x01\xFF\xFE", 4)).raw(std::string("\x00\x00\x00\x02\xFF\xFF\xFF\xFE", 8));
+    data.f32(1.5f).f64(-2.5);
+    // Read as the other order has them: on this machine the swapped units give these values.
+    Probe* root1 = read(root(24) + data, [](qnTranscriber& t, Probe&) {
+        unsigned char shorts[4], longs[8];
+        short s[2];
+        int i[2];
+        float f;
+        double d;
+        EXPECT_TRUE(t.xdr(s, 2) && t.xdr(i, 2) && t.xdr(&f, 1) && t.xdr(&d, 1));
+        std::memcpy(shorts, s, 4);
+        std::memcpy(longs, i, 8);
+        EXPECT_EQ(0x01, shorts[0]);
+        EXPECT_EQ(0x00, shorts[1]);
+        EXPECT_EQ(0xFE, shorts[2]);
+        EXPECT_EQ(0xFF, shorts[3]);
+        EXPECT_EQ(0x02, longs[0]);
+        EXPECT_EQ(0x00, longs[3]);
+        EXPECT_EQ(0xFE, longs[4]);
+        EXPECT_EQ(0xFF, longs[7]);
+        EXPECT_EQ(1.5f, f);
+        EXPECT_EQ(-2.5, d);
+        return true;
+    });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Swapping, LongsAreReversedAndThenExtended) {
+    std::string minusTwo = Bytes().u32(0xFFFFFFFE).str();
+    std::string reversed(minusTwo.rbegin(), minusTwo.rend());
+    Probe* root1 = read(root(8).raw(reversed).raw(reversed), [](qnTranscriber& t, Probe&) {
+        long l;
+        unsigned long ul;
+        return t.xdr(&l, 1) && t.xdr(&ul, 1) && l == -2 && ul == 4294967294ul;
+    });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Swapping, ABlockThatIsNoMultipleOfTheUnitKeepsItsRest) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(5).u8(0x46).u8(5).u32(3).u32(5).raw("abcde");
+    records.u8(0x47).u8(7).u32(4).u32(7).raw("ABCDEFG");
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.chars, 5);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ("badce", std::string(root1->chars, 5));
+    char* longs = static_cast<char*>(reader.readObject(Probe::type()));
+    ASSERT_NE(nullptr, longs);
+    EXPECT_EQ("DCBAEFG", std::string(longs, 7));
+    std::free(longs);
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST(ConversionFunctions, RearrangeAsStated) {
+    auto convert = [](qnBinaryReaderFunc function) {
+        MemoryStream* stream = new MemoryStream(Bytes().u8(0x40).u8(8).raw(std::string("\0\1\2\3\4\5\6\7", 8)).str());
+        qnBinaryReader reader(stream, 0x1122, 0x33445566, "ieee");
+        std::string got(8, 'x');
+        EXPECT_TRUE(function(reader, &got[0], 8));
+        return got;
+    };
+    const std::string plain("\0\1\2\3\4\5\6\7", 8);
+    EXPECT_EQ(plain, convert(qnBinaryReader_shorts));
+    EXPECT_EQ(plain, convert(qnBinaryReader_longs));
+    EXPECT_EQ(plain, convert(qnBinaryReader_floats));
+    EXPECT_EQ(plain, convert(qnBinaryReader_doubles));
+    EXPECT_EQ(std::string("\1\0\3\2\5\4\7\6", 8), convert(qnBinaryReader_BS));
+    EXPECT_EQ(std::string("\2\3\0\1\6\7\4\5", 8), convert(qnBinaryReader_longsSS));
+    EXPECT_EQ(std::string("\3\2\1\0\7\6\5\4", 8), convert(qnBinaryReader_longsBSSS));
+}
+
+TEST(ConversionFunctions, AreChosenByTheMarks) {
+    auto make = [](short shortMark, long longMark) {
+        return new qnBinaryReader(new MemoryStream, shortMark, longMark, "ieee");
+    };
+    struct {
+        long mark;
+        qnBinaryReaderFunc function;
+    } const rows[] = {{0x33445566, qnBinaryReader_longs},
+                      {0x44336655, qnBinaryReader_BS},
+                      {0x55663344, qnBinaryReader_longsSS},
+                      {0x66554433, qnBinaryReader_longsBSSS}};
+    for (auto& row : rows) {
+        qnBinaryReader* reader = make(0x1122, row.mark);
+        EXPECT_EQ(row.function, reader->longsReader);
+        EXPECT_EQ(&qnBinaryReader_shorts, reader->shortsReader);
+        EXPECT_EQ(&qnBinaryReader_floats, reader->floatsReader);
+        EXPECT_EQ(&qnBinaryReader_doubles, reader->doublesReader);
+        delete reader;
+    }
+    qnBinaryReader* reader = make(8721, 0x33445566);
+    EXPECT_EQ(&qnBinaryReader_BS, reader->shortsReader);
+    delete reader;
+}
+
+}  // namespace BinaryReaderTest

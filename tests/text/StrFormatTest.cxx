@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstdint>
+#include <string>
+
+#include "Str.h"
+
+namespace StrFormatTest {
+
+std::string bytes(const qnStr& s) { return std::string(s.data, s.length()); }
+
+/** Whether the block was asked for with this many bytes. */
+bool hasBlockOf(const qnStr& s, std::size_t n) {
+    std::size_t usable = malloc_usable_size(s.data);
+    return usable >= n && usable < n + 16 + sizeof(void*) * 2;
+}
+
+// The formats are built at run time, as the compiler would complain about some of them.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+
+template <class... Arguments>
+qnStr formatted(const char* format, Arguments... arguments) {
+    qnStr s;
+    s.format(format, arguments...);
+    return s;
+}
+
+TEST(StrFormat, TheEstimateSizesTheBuffer) {
+    // 2 for the argument, 1 for the dash, 10 for the number; 14 characters and the terminator
+    qnStr s = formatted("%s-%d", "ab", 7);
+    EXPECT_EQ("ab-7", bytes(s));
+    EXPECT_EQ(5u, s.slength);
+    EXPECT_TRUE(hasBlockOf(s, 15));
+    // 20 for the double, 1 for the character, 1 for the percent sign
+    EXPECT_TRUE(hasBlockOf(formatted("%g%c%%", 1.0, 'x'), 24));
+    // ten characters each
+    EXPECT_TRUE(hasBlockOf(formatted("%i%o%u%x%X%p", 1, 2u, 3u, 4u, 5u, nullptr), 62));
+    EXPECT_TRUE(hasBlockOf(formatted("%e%E%f%g%G", 1., 2., 3., 4., 5.), 102));
+}
+
+TEST(StrFormat, ConversionsOfEveryWidthKeepStepWithTheirArguments) {
+    const char* tail = "tail";
+    EXPECT_EQ("1 tail", bytes(formatted("%ld %s", 1L, tail)));
+    EXPECT_EQ("2 tail", bytes(formatted("%lld %s", 2LL, tail)));
+    EXPECT_EQ("3 tail", bytes(formatted("%zu %s", std::size_t(3), tail)));
+    EXPECT_EQ("4 tail", bytes(formatted("%jd %s", std::intmax_t(4), tail)));
+    EXPECT_EQ("5 tail", bytes(formatted("%td %s", std::ptrdiff_t(5), tail)));
+    EXPECT_EQ("6 tail", bytes(formatted("%hd %s", 6, tail)));
+    EXPECT_EQ("7 tail", bytes(formatted("%hhd %s", 7, tail)));
+    EXPECT_EQ("1.5 tail", bytes(formatted("%Lg %s", 1.5L, tail)));
+    EXPECT_EQ("2.500000 tail", bytes(formatted("%Lf %s", 2.5L, tail)));
+    EXPECT_EQ("3.5 tail", bytes(formatted("%g %s", 3.5, tail)));
+    EXPECT_EQ("c tail", bytes(formatted("%c %s", 'c', tail)));
+    EXPECT_EQ("   9 tail", bytes(formatted("%*d %s", 4, 9, tail)));
+    EXPECT_EQ("2.75 tail", bytes(formatted("%.*f %s", 2, 2.75, tail)));
+    EXPECT_EQ("  2.8 tail", bytes(formatted("%*.*f %s", 5, 1, 2.75, tail)));
+    EXPECT_EQ("0x1p+0 tail", bytes(formatted("%a %s", 1.0, tail)));
+    EXPECT_EQ("% tail", bytes(formatted("%% %s", tail)));
+    EXPECT_EQ("+1 tail", bytes(formatted("%+d %s", 1, tail)));
+    int here = 0;
+    char* p = reinterpret_cast<char*>(&here);
+    EXPECT_EQ(" tail", bytes(formatted("%p %s", static_cast<void*>(p), tail)).substr(bytes(formatted("%p", static_cast<void*>(p))).size()));
+}
+
+TEST(StrFormat, TheEstimateCountsTheStringsBehindOtherConversions) {
+    // 10 for the number, 1 for the blank, 30 for the string
+    std::string text(30, 's');
+    EXPECT_TRUE(hasBlockOf(formatted("%lld %s", 1LL, text.c_str()), 43));
+    EXPECT_TRUE(hasBlockOf(formatted("%*d %s", 3, 1, text.c_str()), 43));
+    // The precision does not count, and the argument is looked at no further than it says: 3
+    EXPECT_TRUE(hasBlockOf(formatted("%.3s", text.c_str()), 5));
+}
+
+TEST(StrFormat, WidthsPastTheEstimateGetTheirRoom) {
+    qnStr s = formatted("%1000d", 1);
+    EXPECT_EQ(std::string(999, ' ') + "1", bytes(s));
+    EXPECT_EQ(1000u, s.length());
+    qnStr t = formatted("%.600f", 1.0);
+    EXPECT_EQ("1." + std::string(600, '0'), bytes(t));
+    EXPECT_EQ(317u, formatted("%f", -1.797e308).length());
+}
+
+TEST(StrFormat, UnterminatedTextIsReadAsFarAsThePrecisionSays) {
+    char* three = static_cast<char*>(std::malloc(3));
+    std::memcpy(three, "abc", 3);
+    EXPECT_EQ("abc", bytes(formatted("%.3s", three)));
+    EXPECT_EQ("ab", bytes(formatted("%.*s", 2, three)));
+    EXPECT_EQ("", bytes(formatted("%.0s", "terminated")));
+    EXPECT_EQ("", bytes(formatted("%.s", "terminated")));
+    std::free(three);
+    EXPECT_EQ("abc|", bytes(formatted("%.*s|", -1, "abc")));
+}
+
+TEST(StrFormat, APercentSignWithoutAConversionIsText) {
+    EXPECT_EQ("100", bytes(formatted("100%")).substr(0, 3));
+    // Looking for a conversion past the real one takes no argument that is not there.
+    EXPECT_EQ("0x1p+1 some", bytes(formatted("%a some", 2.0)));
+    EXPECT_EQ("0x1p+1 7 some", bytes(formatted("%a %d some", 2.0, 7)));
+    EXPECT_EQ("0x1p+1 text x", bytes(formatted("%a %s x", 2.0, "text")));
+}
+
+TEST(StrFormat, PositionalArgumentsArriveToo) {
+    EXPECT_EQ("b a", bytes(formatted("%2$s %1$s", "a", "b")));
+}
+
+TEST(StrFormat, ANullStringIsPrintedAsTheLibraryDoes) {
+    const char* none = nullptr;
+    EXPECT_EQ("(null)", bytes(formatted("%s", none)));
+}
+
+TEST(StrFormat, ItsOwnTextMayBeAnArgument) {
+    qnStr s("abc");
+    s.format("%s-%s", s.text(), s.text());
+    EXPECT_EQ("abc-abc", bytes(s));
+    s.format("<%s>", s.text());
+    EXPECT_EQ("<abc-abc>", bytes(s));
+    qnStr t("%d");
+    t.format(t.text(), 5);
+    EXPECT_EQ("5", bytes(t));
+}
+
+TEST(StrFormat, AnEmptyResultMayHaveABlock) {
+    qnStr s = formatted("");
+    EXPECT_EQ(1u, s.slength);
+    EXPECT_TRUE(s == "");
+    s.append("x");
+    EXPECT_EQ("x", bytes(s));
+    qnStr t("something");
+    t.format("%s", "");
+    EXPECT_TRUE(t == "");
+    EXPECT_EQ(0u, t.length());
+}
+
+TEST(StrFormat, TheTextEndsAtANulThatWasFormatted) {
+    EXPECT_EQ("a", bytes(formatted("a%cb", 0)));
+}
+
+TEST(StrFormat, ALargerBufferStays) {
+    qnStr s("a text of some length, longer than what comes");
+    const char* buffer = s.data;
+    s.format("%s", "x");
+    EXPECT_EQ(buffer, s.data);
+    EXPECT_EQ("x", bytes(s));
+}
+
+#pragma GCC diagnostic pop
+
+}  // namespace StrFormatTest
