@@ -1,11 +1,11 @@
 #ifndef MORVAQNDS_REGBUFFER_H
 #define MORVAQNDS_REGBUFFER_H
 
-#include "Fatal.h"
-
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+
+#include "Fatal.h"
 
 /**
  * Scratch memory of the regular-expression engine that outlives a call: `inlineCount` elements in place, more from the

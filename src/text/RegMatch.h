@@ -1,9 +1,9 @@
 #ifndef MORVAQNDS_REGMATCH_H
 #define MORVAQNDS_REGMATCH_H
 
-#include "RegPlan.h"
-
 #include <cstdint>
+
+#include "RegPlan.h"
 
 /** Where a match and its groups begin and end; null where a group took no part. Index 0 is the whole match. */
 struct RegCaptures {

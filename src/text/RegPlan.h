@@ -1,10 +1,10 @@
 #ifndef MORVAQNDS_REGPLAN_H
 #define MORVAQNDS_REGPLAN_H
 
+#include <cstdint>
+
 #include "RegBuffer.h"
 #include "RegExp.h"
-
-#include <cstdint>
 
 /** A set of bytes. Byte 0 stands for the end of the text where a set says how a match may go on. */
 struct ByteSet {
@@ -54,14 +54,14 @@ enum class Step : unsigned char {
 struct PlanNode {
     Step step;
     unsigned char group;
-    bool anyCharacter;    // the repeated set is every character
-    bool unrepeatable;    // the operand of a repeat is no node that can be repeated; its set is empty
-    bool exclusive;       // after the repeat no character of its set can follow: it never gives one back
-    std::uint32_t next;   // the node that goes on; 0 is the node that leads nowhere
+    bool anyCharacter;   // the repeated set is every character
+    bool unrepeatable;   // the operand of a repeat is no node that can be repeated; its set is empty
+    bool exclusive;      // after the repeat no character of its set can follow: it never gives one back
+    std::uint32_t next;  // the node that goes on; 0 is the node that leads nowhere
     std::uint32_t operand;
     std::uint32_t first;  // the set of bytes with which a match can go on from here
     std::uint32_t set;
-    std::uint32_t text;   // place of the literal in the plan's bytes
+    std::uint32_t text;  // place of the literal in the plan's bytes
     std::uint32_t length;
     std::uint32_t state;  // number of this node's first state in lockstep
     std::uint32_t offset;
@@ -89,8 +89,8 @@ struct RegPlan {
 
     std::uint32_t nodeCount;
     std::uint32_t stateCount;
-    std::uint32_t groupCount;  // the highest group that occurs
-    bool cyclic;               // a loop can be walked without taking a character: only damage makes that
+    std::uint32_t groupCount;     // the highest group that occurs
+    bool cyclic;                  // a loop can be walked without taking a character: only damage makes that
     unsigned char startsAt[256];  // 1 for the bytes with which a match can begin
     int onlyStart;                // the one byte with which every match begins, or -1
     const PlanNode* prefix;       // the literal with which every match begins, or null

@@ -48,6 +48,8 @@ inline const unsigned char* programOf(const regexp* expression) {
 }
 
 /** The link of a node: a distance, backward for BACK; 0 for none. */
-inline unsigned linkOf(const unsigned char* node) { return static_cast<unsigned>(node[1] << 8 | node[2]); }
+inline unsigned linkOf(const unsigned char* node) {
+    return static_cast<unsigned>(node[1] << 8 | node[2]);
+}
 
 #endif

@@ -1,7 +1,7 @@
-#include "RegMatch.h"
-
 #include <cstddef>
 #include <cstring>
+
+#include "RegMatch.h"
 
 /*
  * Backtracking with an explicit stack of choices.
@@ -117,39 +117,39 @@ RegOutcome Walk::tryFrom(const char* start) {
 bool Walk::advance() {
     const PlanNode& node = nodes[current];
     switch (node.step) {
-    case Step::any:
-        if (*input == '\0') return false;
-        ++input;
-        break;
-    case Step::set:
-        if (!sets[node.set].has(static_cast<unsigned char>(*input))) return false;
-        ++input;
-        break;
-    case Step::literal:
-        if (!literal(node)) return false;
-        break;
-    case Step::choose: return choose(node);
-    case Step::repeat:
-    case Step::repeatSome: return repeat(node);
-    case Step::open: note(captures.start[node.group], node, Way::groupStart); break;
-    case Step::close: note(captures.end[node.group], node, Way::groupEnd); break;
-    case Step::lineStart:
-        if (input != search.text) return false;
-        break;
-    case Step::lineEnd:
-        if (*input != '\0') return false;
-        break;
-    case Step::wordStart:
-        if (!isWordByte(static_cast<unsigned char>(*input)) || search.afterWordByte(input)) return false;
-        break;
-    case Step::wordEnd:
-        // Deliberate: what stands before is not looked at.
-        if (isWordByte(static_cast<unsigned char>(*input))) return false;
-        break;
-    case Step::noNode: qnregerror("corrupted pointers"); return false;
-    case Step::badOpcode: qnregerror("memory corruption"); return false;
-    case Step::end:
-    case Step::pass: break;
+        case Step::any:
+            if (*input == '\0') return false;
+            ++input;
+            break;
+        case Step::set:
+            if (!sets[node.set].has(static_cast<unsigned char>(*input))) return false;
+            ++input;
+            break;
+        case Step::literal:
+            if (!literal(node)) return false;
+            break;
+        case Step::choose: return choose(node);
+        case Step::repeat:
+        case Step::repeatSome: return repeat(node);
+        case Step::open: note(captures.start[node.group], node, Way::groupStart); break;
+        case Step::close: note(captures.end[node.group], node, Way::groupEnd); break;
+        case Step::lineStart:
+            if (input != search.text) return false;
+            break;
+        case Step::lineEnd:
+            if (*input != '\0') return false;
+            break;
+        case Step::wordStart:
+            if (!isWordByte(static_cast<unsigned char>(*input)) || search.afterWordByte(input)) return false;
+            break;
+        case Step::wordEnd:
+            // Deliberate: what stands before is not looked at.
+            if (isWordByte(static_cast<unsigned char>(*input))) return false;
+            break;
+        case Step::noNode: qnregerror("corrupted pointers"); return false;
+        case Step::badOpcode: qnregerror("memory corruption"); return false;
+        case Step::end:
+        case Step::pass: break;
     }
     current = node.next;
     return true;
@@ -238,15 +238,15 @@ bool Walk::takeFrame() {
     while (depth > 0) {
         const Frame frame = frames[--depth];
         switch (frame.way) {
-        case Way::groupStart: captures.start[frame.node] = frame.low; break;
-        case Way::groupEnd: captures.end[frame.node] = frame.low; break;
-        case Way::alternative:
-            input = frame.high;
-            if (choose(nodes[frame.node])) return true;
-            break;
-        case Way::shorter:
-            if (takeLongest(nodes[frame.node], frame.low, frame.high)) return true;
-            break;
+            case Way::groupStart: captures.start[frame.node] = frame.low; break;
+            case Way::groupEnd: captures.end[frame.node] = frame.low; break;
+            case Way::alternative:
+                input = frame.high;
+                if (choose(nodes[frame.node])) return true;
+                break;
+            case Way::shorter:
+                if (takeLongest(nodes[frame.node], frame.low, frame.high)) return true;
+                break;
         }
     }
     return false;

@@ -1,10 +1,10 @@
-#include "RegExp.h"
-#include "RegProgram.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include "RegExp.h"
+#include "RegProgram.h"
 
 /*
  * The compiler: one recursive-descent parse that is run twice. The first run only counts the bytes, so that the block
@@ -26,12 +26,18 @@ enum Flags : unsigned {
 // Where a node stands in the program. Wide enough to count the program of any pattern; 0 stands for "no node".
 typedef std::uint64_t Offset;
 
-bool isQuantifier(char c) { return c == '*' || c == '+' || c == '?'; }
+bool isQuantifier(char c) {
+    return c == '*' || c == '+' || c == '?';
+}
 
-bool endsBranch(char c) { return c == '\0' || c == '|' || c == ')' || c == '\n'; }
+bool endsBranch(char c) {
+    return c == '\0' || c == '|' || c == ')' || c == '\n';
+}
 
 // Characters that end a literal run in front of them.
-bool endsRun(char c) { return endsBranch(c) || c == '$' || c == '(' || c == '.' || c == '[' || c == '^'; }
+bool endsRun(char c) {
+    return endsBranch(c) || c == '$' || c == '(' || c == '.' || c == '[' || c == '^';
+}
 
 class Compiler {
 public:
@@ -94,8 +100,7 @@ private:
 // Puts a node in front of what has been emitted from `before` on. Links within that move with it.
 void Compiler::insertNode(unsigned opcode, Offset before) {
     if (program) {
-        std::memmove(program + before + nodeHeaderSize, program + before,
-                     static_cast<std::size_t>(used - before));
+        std::memmove(program + before + nodeHeaderSize, program + before, static_cast<std::size_t>(used - before));
         program[before] = static_cast<unsigned char>(opcode);
         program[before + 1] = 0;
         program[before + 2] = 0;
@@ -240,39 +245,39 @@ void Compiler::repeatAtLeastOnce(Offset atom) {
 Offset Compiler::parseAtom(unsigned& result) {
     result = worst;
     switch (*parse) {
-    case '^': ++parse; return emitNode(opBol);
-    case '$': ++parse; return emitNode(opEol);
-    case '.':
-        ++parse;
-        result = hasWidth | simple;
-        return emitNode(opAny);
-    case '[': ++parse; return parseSet(result);
-    case '(': {
-        ++parse;
-        Offset group = parseAlternatives(true, result);
-        result &= hasWidth | startsWithRepeat;
-        return group;
-    }
-    // Cannot happen: a branch asks for an atom only where it does not end.
-    case '\0':
-    case '|':
-    case ')':
-    case '\n': return fail("internal urp");
-    case '*':
-    case '+':
-    case '?': return fail("?+* follows nothing");
-    case '\\': ++parse; return parseEscape(result);
-    default: return parseLiteral(result);
+        case '^': ++parse; return emitNode(opBol);
+        case '$': ++parse; return emitNode(opEol);
+        case '.':
+            ++parse;
+            result = hasWidth | simple;
+            return emitNode(opAny);
+        case '[': ++parse; return parseSet(result);
+        case '(': {
+            ++parse;
+            Offset group = parseAlternatives(true, result);
+            result &= hasWidth | startsWithRepeat;
+            return group;
+        }
+        // Cannot happen: a branch asks for an atom only where it does not end.
+        case '\0':
+        case '|':
+        case ')':
+        case '\n': return fail("internal urp");
+        case '*':
+        case '+':
+        case '?': return fail("?+* follows nothing");
+        case '\\': ++parse; return parseEscape(result);
+        default: return parseLiteral(result);
     }
 }
 
 // An atom that starts with a backslash, which has been passed.
 Offset Compiler::parseEscape(unsigned& result) {
     switch (*parse) {
-    case '\0': return fail("trailing \\");
-    case '<': ++parse; return emitNode(opWordStart);
-    case '>': ++parse; return emitNode(opWordEnd);
-    default: return parseLiteral(result);
+        case '\0': return fail("trailing \\");
+        case '<': ++parse; return emitNode(opWordStart);
+        case '>': ++parse; return emitNode(opWordEnd);
+        default: return parseLiteral(result);
     }
 }
 

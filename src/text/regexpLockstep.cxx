@@ -1,7 +1,7 @@
-#include "RegMatch.h"
-
 #include <cstddef>
 #include <cstring>
+
+#include "RegMatch.h"
 
 /*
  * Matching in lockstep: all walks that backtracking would try one after the other advance through the text together,
@@ -86,7 +86,7 @@ private:
     const char* walk[2 * NSUBEXP - 1];  // and what the walk being added has noted
     Pending* pending;
     std::uint32_t pendingCount = 0;
-    std::uint32_t* marks;           // by state: the generation of its last visit, plus 1 until it is left
+    std::uint32_t* marks;          // by state: the generation of its last visit, plus 1 until it is left
     std::uint32_t generation = 2;  // even; a new one for every list
     bool matched = false;
     bool reachedEnd = false;  // by the walk being added
@@ -159,19 +159,19 @@ void Lockstep::advanceAll() {
 bool Lockstep::advance(const Thread& thread, unsigned char character) {
     const PlanNode& node = nodes[thread.node];
     switch (node.step) {
-    case Step::any: return character != '\0' && walkFrom(node.next);
-    case Step::set: return plan.sets()[node.set].has(character) && walkFrom(node.next);
-    case Step::literal:
-        if (static_cast<unsigned char>(plan.text(node)[thread.offset]) != character) return false;
-        if (thread.offset + 1 == node.length) return walkFrom(node.next);
-        if (mark(node.state + thread.offset + 1)) addThread(thread.node, thread.offset + 1);
-        return false;
-    case Step::repeat:
-    case Step::repeatSome:
-        if (!plan.sets()[node.set].has(character) || !mark(node.state + 1)) return false;
-        addThread(thread.node, 0);
-        return walkFrom(node.next);
-    default: takeFault(static_cast<Fault>(thread.offset)); return false;
+        case Step::any: return character != '\0' && walkFrom(node.next);
+        case Step::set: return plan.sets()[node.set].has(character) && walkFrom(node.next);
+        case Step::literal:
+            if (static_cast<unsigned char>(plan.text(node)[thread.offset]) != character) return false;
+            if (thread.offset + 1 == node.length) return walkFrom(node.next);
+            if (mark(node.state + thread.offset + 1)) addThread(thread.node, thread.offset + 1);
+            return false;
+        case Step::repeat:
+        case Step::repeatSome:
+            if (!plan.sets()[node.set].has(character) || !mark(node.state + 1)) return false;
+            addThread(thread.node, 0);
+            return walkFrom(node.next);
+        default: takeFault(static_cast<Fault>(thread.offset)); return false;
     }
 }
 
@@ -216,30 +216,30 @@ std::uint32_t Lockstep::visit(std::uint32_t number) {
     }
     unsigned char character = static_cast<unsigned char>(*place);
     switch (node.step) {
-    case Step::end: recordMatch(); return noSuccessor;
-    case Step::any:
-    case Step::set:
-    case Step::literal: addThread(number, 0); return noSuccessor;
-    case Step::repeat:
-    case Step::repeatSome:
-        if (node.unrepeatable) {
-            addFault(Fault::unrepeatable);
-        } else if (node.step == Step::repeatSome || mark(node.state + 1)) {
-            addThread(number, 0);
-        }
-        return node.step == Step::repeat ? node.next : noSuccessor;
-    case Step::choose:
-        if (node.next) pending[pendingCount++] = {Pending::visit, node.next, 0, nullptr};
-        return node.operand;
-    case Step::open: return note(node, 2u * node.group - 1);
-    case Step::close: return note(node, 2u * node.group);
-    case Step::pass: return node.next;
-    case Step::lineStart: return place == search.text ? node.next : noSuccessor;
-    case Step::lineEnd: return character == '\0' ? node.next : noSuccessor;
-    case Step::wordStart: return isWordByte(character) && !search.afterWordByte(place) ? node.next : noSuccessor;
-    case Step::wordEnd: return isWordByte(character) ? noSuccessor : node.next;
-    case Step::noNode: addFault(Fault::noNode); return noSuccessor;
-    case Step::badOpcode: addFault(Fault::badOpcode); return noSuccessor;
+        case Step::end: recordMatch(); return noSuccessor;
+        case Step::any:
+        case Step::set:
+        case Step::literal: addThread(number, 0); return noSuccessor;
+        case Step::repeat:
+        case Step::repeatSome:
+            if (node.unrepeatable) {
+                addFault(Fault::unrepeatable);
+            } else if (node.step == Step::repeatSome || mark(node.state + 1)) {
+                addThread(number, 0);
+            }
+            return node.step == Step::repeat ? node.next : noSuccessor;
+        case Step::choose:
+            if (node.next) pending[pendingCount++] = {Pending::visit, node.next, 0, nullptr};
+            return node.operand;
+        case Step::open: return note(node, 2u * node.group - 1);
+        case Step::close: return note(node, 2u * node.group);
+        case Step::pass: return node.next;
+        case Step::lineStart: return place == search.text ? node.next : noSuccessor;
+        case Step::lineEnd: return character == '\0' ? node.next : noSuccessor;
+        case Step::wordStart: return isWordByte(character) && !search.afterWordByte(place) ? node.next : noSuccessor;
+        case Step::wordEnd: return isWordByte(character) ? noSuccessor : node.next;
+        case Step::noNode: addFault(Fault::noNode); return noSuccessor;
+        case Step::badOpcode: addFault(Fault::badOpcode); return noSuccessor;
     }
     return noSuccessor;
 }

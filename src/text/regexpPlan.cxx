@@ -1,7 +1,7 @@
+#include <cstring>
+
 #include "RegPlan.h"
 #include "RegProgram.h"
-
-#include <cstring>
 
 /*
  * Preparing a program takes time linear in its length (a microsecond for ordinary ones), and is saved when the same
@@ -21,19 +21,19 @@ std::uint16_t numberAt[programLimit + 1];
 // The nodes that can be reached next without taking a character, at most two.
 unsigned emptySuccessors(const PlanNode& node, std::uint32_t successors[2]) {
     switch (node.step) {
-    case Step::choose:
-        successors[0] = node.operand;
-        successors[1] = node.next;
-        return node.next ? 2 : 1;
-    case Step::lineStart:
-    case Step::lineEnd:
-    case Step::pass:
-    case Step::repeat:
-    case Step::wordStart:
-    case Step::wordEnd:
-    case Step::open:
-    case Step::close: successors[0] = node.next; return 1;
-    default: return 0;
+        case Step::choose:
+            successors[0] = node.operand;
+            successors[1] = node.next;
+            return node.next ? 2 : 1;
+        case Step::lineStart:
+        case Step::lineEnd:
+        case Step::pass:
+        case Step::repeat:
+        case Step::wordStart:
+        case Step::wordEnd:
+        case Step::open:
+        case Step::close: successors[0] = node.next; return 1;
+        default: return 0;
     }
 }
 
@@ -140,17 +140,17 @@ void RegPlan::decodeRepeat(const unsigned char* program, unsigned offset, PlanNo
     unsigned operand = offset + nodeHeaderSize;
     if (byteCount < operand + nodeHeaderSize) byteCount = operand + nodeHeaderSize;
     switch (program[operand]) {
-    case opAny: node.anyCharacter = true; break;
-    case opAnyOf:
-    case opAnyBut:
-    case opExactly: break;
-    default: {
-        ByteSet none;
-        std::memset(&none, 0, sizeof none);
-        node.unrepeatable = true;
-        node.set = addSet(none);
-        return;
-    }
+        case opAny: node.anyCharacter = true; break;
+        case opAnyOf:
+        case opAnyBut:
+        case opExactly: break;
+        default: {
+            ByteSet none;
+            std::memset(&none, 0, sizeof none);
+            node.unrepeatable = true;
+            node.set = addSet(none);
+            return;
+        }
     }
     node.set = setOfOperand(program, operand);
 }
@@ -163,48 +163,48 @@ void RegPlan::decode(const unsigned char* program, std::uint32_t number) {
     std::uint32_t states = 1;
     if (byteCount < offset + nodeHeaderSize) byteCount = offset + nodeHeaderSize;
     switch (opcode) {
-    case opEnd: node.step = Step::end; break;
-    case opBol: node.step = Step::lineStart; break;
-    case opEol: node.step = Step::lineEnd; break;
-    case opAny: node.step = Step::any; break;
-    case opAnyOf:
-    case opAnyBut:
-        node.step = Step::set;
-        node.set = setOfOperand(program, offset);
-        break;
-    case opBranch: {
-        node.step = Step::choose;
-        unsigned other = linkTarget(program, offset);
-        node.operand = nodeAt(offset + nodeHeaderSize);
-        node.next = other && program[other] == opBranch ? nodeAt(other) : 0;
-        break;
-    }
-    case opBack:
-    case opNothing: node.step = Step::pass; break;
-    case opExactly:
-        node.text = operandText(program, offset, node.length);
-        // An empty operand, which only damage makes, is compared like any other: its first character is the NUL.
-        node.step = node.length ? Step::literal : Step::lineEnd;
-        if (node.length) states = node.length;
-        break;
-    case opStar:
-    case opPlus:
-        node.step = opcode == opStar ? Step::repeat : Step::repeatSome;
-        decodeRepeat(program, offset, node);
-        states = 2;
-        break;
-    case opWordStart: node.step = Step::wordStart; break;
-    case opWordEnd: node.step = Step::wordEnd; break;
-    default:
-        if (opcode > opOpen && opcode < opOpen + NSUBEXP) {
-            node.step = Step::open;
-            node.group = static_cast<unsigned char>(opcode - opOpen);
-        } else if (opcode > opClose && opcode < opClose + NSUBEXP) {
-            node.step = Step::close;
-            node.group = static_cast<unsigned char>(opcode - opClose);
-        } else {
-            node.step = Step::badOpcode;
+        case opEnd: node.step = Step::end; break;
+        case opBol: node.step = Step::lineStart; break;
+        case opEol: node.step = Step::lineEnd; break;
+        case opAny: node.step = Step::any; break;
+        case opAnyOf:
+        case opAnyBut:
+            node.step = Step::set;
+            node.set = setOfOperand(program, offset);
+            break;
+        case opBranch: {
+            node.step = Step::choose;
+            unsigned other = linkTarget(program, offset);
+            node.operand = nodeAt(offset + nodeHeaderSize);
+            node.next = other && program[other] == opBranch ? nodeAt(other) : 0;
+            break;
         }
+        case opBack:
+        case opNothing: node.step = Step::pass; break;
+        case opExactly:
+            node.text = operandText(program, offset, node.length);
+            // An empty operand, which only damage makes, is compared like any other: its first character is the NUL.
+            node.step = node.length ? Step::literal : Step::lineEnd;
+            if (node.length) states = node.length;
+            break;
+        case opStar:
+        case opPlus:
+            node.step = opcode == opStar ? Step::repeat : Step::repeatSome;
+            decodeRepeat(program, offset, node);
+            states = 2;
+            break;
+        case opWordStart: node.step = Step::wordStart; break;
+        case opWordEnd: node.step = Step::wordEnd; break;
+        default:
+            if (opcode > opOpen && opcode < opOpen + NSUBEXP) {
+                node.step = Step::open;
+                node.group = static_cast<unsigned char>(opcode - opOpen);
+            } else if (opcode > opClose && opcode < opClose + NSUBEXP) {
+                node.step = Step::close;
+                node.group = static_cast<unsigned char>(opcode - opClose);
+            } else {
+                node.step = Step::badOpcode;
+            }
     }
     if (node.group > groupCount) groupCount = node.group;
     if (node.step != Step::choose && node.step != Step::end && node.step != Step::badOpcode) {
@@ -220,40 +220,41 @@ std::uint32_t RegPlan::firstSetOf(const PlanNode& node) {
     std::memset(&set, 0, sizeof set);
     const ByteSet& after = sets()[nodes()[node.next].first];
     switch (node.step) {
-    case Step::any: return addSet(allCharacters());
-    case Step::set: return node.set;
-    case Step::literal: set.add(static_cast<unsigned char>(*text(node))); return addSet(set);
-    case Step::repeat:
-        if (node.unrepeatable) return everyByte;
-        set = sets()[node.set];
-        set.unite(after);
-        return addSet(set);
-    case Step::repeatSome: return node.unrepeatable ? everyByte : node.set;
-    case Step::choose:
-        if (!node.next) return nodes()[node.operand].first;
-        set = sets()[nodes()[node.operand].first];
-        set.unite(after);
-        return addSet(set);
-    case Step::lineEnd:
-        set.add(0);
-        set.intersect(after);
-        return addSet(set);
-    case Step::wordStart:
-    case Step::wordEnd:
-        for (unsigned c = 0; c < 256; ++c) {
-            if (isWordByte(static_cast<unsigned char>(c)) == (node.step == Step::wordStart)) set.add(c);
-        }
-        set.intersect(after);
-        return addSet(set);
-    case Step::noNode:
-    case Step::badOpcode:
-    case Step::end: return everyByte;
-    default: return nodes()[node.next].first;
+        case Step::any: return addSet(allCharacters());
+        case Step::set: return node.set;
+        case Step::literal: set.add(static_cast<unsigned char>(*text(node))); return addSet(set);
+        case Step::repeat:
+            if (node.unrepeatable) return everyByte;
+            set = sets()[node.set];
+            set.unite(after);
+            return addSet(set);
+        case Step::repeatSome: return node.unrepeatable ? everyByte : node.set;
+        case Step::choose:
+            if (!node.next) return nodes()[node.operand].first;
+            set = sets()[nodes()[node.operand].first];
+            set.unite(after);
+            return addSet(set);
+        case Step::lineEnd:
+            set.add(0);
+            set.intersect(after);
+            return addSet(set);
+        case Step::wordStart:
+        case Step::wordEnd:
+            for (unsigned c = 0; c < 256; ++c) {
+                if (isWordByte(static_cast<unsigned char>(c)) == (node.step == Step::wordStart)) set.add(c);
+            }
+            set.intersect(after);
+            return addSet(set);
+        case Step::noNode:
+        case Step::badOpcode:
+        case Step::end: return everyByte;
+        default: return nodes()[node.next].first;
     }
 }
 
 // Visits the nodes depth first along the links that take no character, each after its successors. A node that is met
-// again while its successors are being visited closes a cycle; the sets are then larger than need be, which is harmless.
+// again while its successors are being visited closes a cycle; the sets are then larger than need be, which is
+// harmless.
 void RegPlan::findFirstSets() {
     enum : unsigned char { unseen, entered, done };
     static RegBuffer<unsigned char, 48> markBuffer;
@@ -298,7 +299,8 @@ void RegPlan::skipEmptyNodes() {
     constexpr int mostSkipped = 8;
     for (std::uint32_t number = 1; number < nodeCount; ++number) {
         PlanNode& node = nodeBuffer.data()[number];
-        for (int i = 0; i < mostSkipped && nodes()[node.next].step == Step::pass; ++i) node.next = nodes()[node.next].next;
+        for (int i = 0; i < mostSkipped && nodes()[node.next].step == Step::pass; ++i)
+            node.next = nodes()[node.next].next;
         if (node.step != Step::choose) continue;
         for (int i = 0; i < mostSkipped && nodes()[node.operand].step == Step::pass; ++i) {
             node.operand = nodes()[node.operand].next;

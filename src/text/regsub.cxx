@@ -1,8 +1,8 @@
-#include "RegExp.h"
-#include "RegProgram.h"
-
 #include <cstddef>
 #include <cstring>
+
+#include "RegExp.h"
+#include "RegProgram.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #ifndef MORVAQNDS_TESTS_REFERENCEREGEX_H
 #define MORVAQNDS_TESTS_REFERENCEREGEX_H
 
-#include "RegExp.h"
-
 #include <cstring>
+
+#include "RegExp.h"
 
 /**
  * A matcher to compare with: plain recursive backtracking over the byte program, node by node, without any shortcut.
@@ -73,10 +73,10 @@ private:
         const char* operand = reinterpret_cast<const char*>(node + 3);
         if (c == '\0') return false;
         switch (node[0]) {
-        case Any: return true;
-        case AnyOf: return std::strchr(operand, c) != nullptr;
-        case AnyBut: return std::strchr(operand, c) == nullptr;
-        default: return *operand == c;
+            case Any: return true;
+            case AnyOf: return std::strchr(operand, c) != nullptr;
+            case AnyBut: return std::strchr(operand, c) == nullptr;
+            default: return *operand == c;
         }
     }
 
@@ -114,41 +114,41 @@ private:
         if (!node || --left < 0) return false;
         const unsigned char* next = following(node);
         switch (*node) {
-        case End: return true;
-        case Bol:
-            if (input != beginning) return false;
-            break;
-        case Eol:
-            if (*input != '\0') return false;
-            break;
-        case Any:
-        case AnyOf:
-        case AnyBut:
-            if (!takes(node, *input)) return false;
-            ++input;
-            break;
-        case Exactly: {
-            const char* operand = reinterpret_cast<const char*>(node + 3);
-            std::size_t length = std::strlen(operand);
-            if (*operand != *input || std::strncmp(operand, input, length) != 0) return false;
-            input += length;
-            break;
-        }
-        case WordA:
-            if (!isWord(*input) || (input != beginning && isWord(input[-1]))) return false;
-            break;
-        case WordZ:
-            if (isWord(*input)) return false;
-            break;
-        case Nothing:
-        case Back: break;
-        case Branch: return next && *next == Branch ? matchBranches(node) : match(node + 3);
-        case Star:
-        case Plus: return matchRepeat(node);
-        default:
-            if (*node > Open && *node < Open + NSUBEXP) return matchGroup(next, start[*node - Open]);
-            if (*node > Close && *node < Close + NSUBEXP) return matchGroup(next, end[*node - Close]);
-            return false;
+            case End: return true;
+            case Bol:
+                if (input != beginning) return false;
+                break;
+            case Eol:
+                if (*input != '\0') return false;
+                break;
+            case Any:
+            case AnyOf:
+            case AnyBut:
+                if (!takes(node, *input)) return false;
+                ++input;
+                break;
+            case Exactly: {
+                const char* operand = reinterpret_cast<const char*>(node + 3);
+                std::size_t length = std::strlen(operand);
+                if (*operand != *input || std::strncmp(operand, input, length) != 0) return false;
+                input += length;
+                break;
+            }
+            case WordA:
+                if (!isWord(*input) || (input != beginning && isWord(input[-1]))) return false;
+                break;
+            case WordZ:
+                if (isWord(*input)) return false;
+                break;
+            case Nothing:
+            case Back: break;
+            case Branch: return next && *next == Branch ? matchBranches(node) : match(node + 3);
+            case Star:
+            case Plus: return matchRepeat(node);
+            default:
+                if (*node > Open && *node < Open + NSUBEXP) return matchGroup(next, start[*node - Open]);
+                if (*node > Close && *node < Close + NSUBEXP) return matchGroup(next, end[*node - Close]);
+                return false;
         }
         return match(next);
     }

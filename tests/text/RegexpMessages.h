@@ -1,10 +1,10 @@
 #ifndef MORVAQNDS_TESTS_REGEXPMESSAGES_H
 #define MORVAQNDS_TESTS_REGEXPMESSAGES_H
 
-#include "RegExp.h"
-
 #include <string>
 #include <vector>
+
+#include "RegExp.h"
 
 /** What the regular-expression functions have reported since the list was last cleared. */
 inline std::vector<std::string>& regexpMessages() {
@@ -13,6 +13,8 @@ inline std::vector<std::string>& regexpMessages() {
 }
 
 /** The test program's own error hook, which takes the place of the library's silent one. */
-__attribute__((used)) inline void qnregerror(const char* message) { regexpMessages().push_back(message); }
+__attribute__((used)) inline void qnregerror(const char* message) {
+    regexpMessages().push_back(message);
+}
 
 #endif

@@ -1,0 +1,29 @@
+#include <cstring>
+
+#include "RegMatch.h"
+
+RegSearch::RegSearch(const RegPlan& thePlan, const regexp& expression, const char* theText)
+    : plan(thePlan), text(theText), startCharacter(expression.regstart), anchored(expression.reganch != 0) {}
+
+const char* RegSearch::nextStart(const char* from) {
+    if (anchored) return from == text ? from : nullptr;
+    const char* place = scan(from);
+    if (!place || !plan.required) return place;
+    if (!requiredAt || place > requiredAt) {
+        requiredAt = std::strstr(place, plan.text(*plan.required));
+        if (!requiredAt) return nullptr;
+    }
+    return place;
+}
+
+const char* RegSearch::scan(const char* from) const {
+    if (plan.prefix && plan.prefix->length > 1) return std::strstr(from, plan.text(*plan.prefix));
+    if (startCharacter) return std::strchr(from, startCharacter);
+    if (plan.onlyStart > 0) return std::strchr(from, plan.onlyStart);
+    const unsigned char* place = reinterpret_cast<const unsigned char*>(from);
+    while (!plan.startsAt[*place]) {
+        if (*place == '\0') return nullptr;
+        ++place;
+    }
+    return reinterpret_cast<const char*>(place);
+}
