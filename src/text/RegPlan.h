@@ -90,6 +90,7 @@ struct RegPlan {
     std::uint32_t nodeCount;
     std::uint32_t stateCount;
     std::uint32_t groupCount;     // the highest group that occurs
+    bool faulty;                  // a walk can meet a fault that has to be reported
     bool cyclic;                  // a loop can be walked without taking a character: only damage makes that
     unsigned char startsAt[256];  // 1 for the bytes with which a match can begin
     int onlyStart;                // the one byte with which every match begins, or -1

@@ -73,6 +73,7 @@ bool RegPlan::describes(const unsigned char* program) const {
 
 void RegPlan::build(const unsigned char* program) {
     nodeCount = setCount = stateCount = groupCount = 0;
+    faulty = false;
     byteCount = 1;
     ByteSet every;
     std::memset(&every, 0xff, sizeof every);
@@ -209,7 +210,9 @@ void RegPlan::decode(const unsigned char* program, std::uint32_t number) {
     if (node.group > groupCount) groupCount = node.group;
     if (node.step != Step::choose && node.step != Step::end && node.step != Step::badOpcode) {
         node.next = nodeAt(linkTarget(program, offset));
+        faulty = faulty || node.next == 0;
     }
+    faulty = faulty || node.unrepeatable || node.step == Step::badOpcode;
     stateCount += states;
     nodeBuffer.data()[number] = node;
 }
@@ -330,7 +333,8 @@ void RegPlan::findStarts() {
         if (node->step == Step::end || node->step == Step::noNode || node->step == Step::badOpcode) return;
         if (node->step == Step::literal) {
             if (atStart) prefix = node;
-            if (!required || node->length > required->length) required = node;
+            // A fault before the literal is met even where the literal is missing.
+            if (!faulty && (!required || node->length > required->length)) required = node;
         }
         atStart = atStart && (node->step == Step::choose || node->step == Step::open || node->step == Step::pass);
         node = &nodes()[node->step == Step::choose ? node->operand : node->next];

@@ -30,6 +30,11 @@ inline std::string program(const Expression& expression, std::size_t size) {
     return std::string(reinterpret_cast<const char*>(expression.get()) + offsetof(regexp, program), size);
 }
 
+/** Byte `offset` of a program, to be damaged. */
+inline unsigned char& programByte(const Expression& expression, std::size_t offset) {
+    return reinterpret_cast<unsigned char*>(expression.get())[offsetof(regexp, program) + offset];
+}
+
 /** The bytes of an array of numbers, for programs written out by hand. */
 template <std::size_t size>
 std::string bytes(const unsigned char (&list)[size]) {
