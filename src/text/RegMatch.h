@@ -24,6 +24,9 @@ public:
     /** The first place at or after `from` at which a match could begin, or null if there is none. */
     const char* nextStart(const char* from);
 
+    /** The first place at or after `failed` + 1 at which a match could begin, given that none begins at `failed`. */
+    const char* nextStartAfter(const char* failed);
+
     /** Whether a match could begin at `place`. */
     bool canStart(const char* place) const {
         return plan.startsAt[static_cast<unsigned char>(*place)] && (!anchored || place == text);

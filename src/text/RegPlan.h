@@ -96,6 +96,7 @@ struct RegPlan {
     int onlyStart;                // the one byte with which every match begins, or -1
     const PlanNode* prefix;       // the literal with which every match begins, or null
     const PlanNode* required;     // a literal that every match contains, or null
+    const PlanNode* leading;      // the repeat with which every match begins, or null
 
 private:
     void build(const unsigned char* program);

@@ -256,7 +256,7 @@ bool Walk::takeFrame() {
 
 RegOutcome regBacktrack(RegSearch& search, const char*& start, RegCaptures& captures) {
     Walk walk(search, captures);
-    for (start = search.nextStart(start); start; start = search.nextStart(start + 1)) {
+    for (start = search.nextStart(start); start; start = search.nextStartAfter(start)) {
         std::memset(&captures, 0, sizeof captures);
         RegOutcome outcome = walk.tryFrom(start);
         if (outcome != RegOutcome::failed) return outcome;

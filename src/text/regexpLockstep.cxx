@@ -63,7 +63,7 @@ public:
 private:
     void startHere();
     void advanceAll();
-    bool advance(const Thread& thread, unsigned char character);
+    bool advance(const Thread& thread, const char* const* noted, unsigned char character);
     void takeFault(Fault fault);
     bool walkFrom(std::uint32_t node);
     std::uint32_t visit(std::uint32_t number);
@@ -133,7 +133,7 @@ bool Lockstep::run(const char* start) {
 
 // Adds the walks of a try from this place, behind those of the earlier tries.
 void Lockstep::startHere() {
-    std::memset(walk, 0, sizeof walk);
+    for (std::uint32_t i = 0; i < slotCount; ++i) walk[i] = nullptr;
     walk[0] = place;
     walkFrom(RegPlan::entry);
 }
@@ -146,8 +146,7 @@ void Lockstep::advanceAll() {
     after.count = 0;
     ++place;
     for (std::uint32_t i = 0; i < now.count && !endless; ++i) {
-        std::memcpy(walk, now.slots + std::size_t(i) * slotCount, slotCount * sizeof *walk);
-        if (advance(now.threads[i], character)) break;
+        if (advance(now.threads[i], now.slots + std::size_t(i) * slotCount, character)) break;
     }
     ThreadList spent = now;
     now = after;
@@ -156,23 +155,34 @@ void Lockstep::advanceAll() {
 }
 
 // True if the thread has reached the end of the program, so that those behind it do not matter.
-bool Lockstep::advance(const Thread& thread, unsigned char character) {
+bool Lockstep::advance(const Thread& thread, const char* const* noted, unsigned char character) {
     const PlanNode& node = nodes[thread.node];
+    bool ends = true;  // the node, with this character
     switch (node.step) {
-        case Step::any: return character != '\0' && walkFrom(node.next);
-        case Step::set: return plan.sets()[node.set].has(character) && walkFrom(node.next);
-        case Step::literal:
-            if (static_cast<unsigned char>(plan.text(node)[thread.offset]) != character) return false;
-            if (thread.offset + 1 == node.length) return walkFrom(node.next);
-            if (mark(node.state + thread.offset + 1)) addThread(thread.node, thread.offset + 1);
-            return false;
+        case Step::any:
+            if (character == '\0') return false;
+            break;
+        case Step::set:
         case Step::repeat:
         case Step::repeatSome:
-            if (!plan.sets()[node.set].has(character) || !mark(node.state + 1)) return false;
-            addThread(thread.node, 0);
-            return walkFrom(node.next);
+            if (!plan.sets()[node.set].has(character)) return false;
+            break;
+        case Step::literal:
+            if (static_cast<unsigned char>(plan.text(node)[thread.offset]) != character) return false;
+            ends = thread.offset + 1 == node.length;
+            break;
         default: takeFault(static_cast<Fault>(thread.offset)); return false;
     }
+    for (std::uint32_t i = 0; i < slotCount; ++i) walk[i] = noted[i];
+    if (!ends) {
+        if (mark(node.state + thread.offset + 1)) addThread(thread.node, thread.offset + 1);
+        return false;
+    }
+    if (node.step == Step::repeat || node.step == Step::repeatSome) {
+        if (!mark(node.state + 1)) return false;
+        if (plan.sets()[node.set].has(static_cast<unsigned char>(*place))) addThread(thread.node, 0);
+    }
+    return walkFrom(node.next);
 }
 
 // A fault is reported once every thread in front of it has failed.
@@ -206,6 +216,8 @@ bool Lockstep::walkFrom(std::uint32_t number) {
 // Visits one node and tells which one is next.
 std::uint32_t Lockstep::visit(std::uint32_t number) {
     const PlanNode& node = nodes[number];
+    unsigned char character = static_cast<unsigned char>(*place);
+    if (!plan.sets()[node.first].has(character)) return noSuccessor;
     if (!mark(node.state)) {
         if (marks[node.state] == generation + 1) addFault(Fault::endless);
         return noSuccessor;
@@ -214,7 +226,6 @@ std::uint32_t Lockstep::visit(std::uint32_t number) {
         marks[node.state] = generation + 1;
         pending[pendingCount++] = {Pending::leave, number, 0, nullptr};
     }
-    unsigned char character = static_cast<unsigned char>(*place);
     switch (node.step) {
         case Step::end: recordMatch(); return noSuccessor;
         case Step::any:
@@ -266,7 +277,8 @@ void Lockstep::newGeneration() {
 
 void Lockstep::addThread(std::uint32_t node, std::uint32_t offset) {
     target->threads[target->count] = {node, offset};
-    std::memcpy(target->slots + std::size_t(target->count) * slotCount, walk, slotCount * sizeof *walk);
+    const char** noted = target->slots + std::size_t(target->count) * slotCount;
+    for (std::uint32_t i = 0; i < slotCount; ++i) noted[i] = walk[i];
     ++target->count;
 }
 

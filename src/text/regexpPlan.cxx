@@ -325,7 +325,7 @@ void RegPlan::findStarts() {
     if (count != 1 || onlyStart == 0) onlyStart = -1;
 
     // The spine: the nodes that every match passes, up to the first choice between alternatives.
-    prefix = required = nullptr;
+    prefix = required = leading = nullptr;
     const PlanNode* node = &nodes()[entry];
     bool atStart = true;
     for (std::uint32_t passed = 0; passed < nodeCount; ++passed) {
@@ -336,6 +336,7 @@ void RegPlan::findStarts() {
             // A fault before the literal is met even where the literal is missing.
             if (!faulty && (!required || node->length > required->length)) required = node;
         }
+        if (atStart && !faulty && (node->step == Step::repeat || node->step == Step::repeatSome)) leading = node;
         atStart = atStart && (node->step == Step::choose || node->step == Step::open || node->step == Step::pass);
         node = &nodes()[node->step == Step::choose ? node->operand : node->next];
     }

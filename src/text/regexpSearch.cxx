@@ -16,6 +16,17 @@ const char* RegSearch::nextStart(const char* from) {
     return place;
 }
 
+// A match that begins with a repeat and fails, fails from every place that the repeat runs over: from there the repeat
+// ends at places at which it has ended before, and what follows has failed at all of these.
+const char* RegSearch::nextStartAfter(const char* failed) {
+    const char* from = failed;
+    if (plan.leading) {
+        const ByteSet& set = plan.sets()[plan.leading->set];
+        while (set.has(static_cast<unsigned char>(*from))) ++from;
+    }
+    return nextStart(from == failed ? failed + 1 : from);
+}
+
 const char* RegSearch::scan(const char* from) const {
     if (plan.prefix && plan.prefix->length > 1) return std::strstr(from, plan.text(*plan.prefix));
     if (startCharacter) return std::strchr(from, startCharacter);
