@@ -97,6 +97,7 @@ struct RegPlan {
     const PlanNode* prefix;       // the literal with which every match begins, or null
     const PlanNode* required;     // a literal that every match contains, or null
     const PlanNode* leading;      // the repeat with which every match begins, or null
+    bool wordLead;                // every match begins at the start of a word
 
 private:
     void build(const unsigned char* program);
@@ -110,6 +111,9 @@ private:
     std::uint32_t firstSetOf(const PlanNode& node);
     void skipEmptyNodes();
     void findStarts();
+    void findLead();
+    void findRequired();
+    bool endsWithout(std::uint32_t avoided) const;
     bool describes(const unsigned char* program) const;
 
     RegBuffer<PlanNode, 48> nodeBuffer;

@@ -12,6 +12,9 @@
 
 namespace {
 
+// Larger programs are not searched for a literal that every match contains.
+constexpr std::uint32_t mostNodes = 200;
+
 constexpr unsigned planCount = 8;
 RegPlan plans[planCount];
 
@@ -91,6 +94,8 @@ void RegPlan::build(const unsigned char* program) {
     findFirstSets();
     skipEmptyNodes();
     findStarts();
+    findLead();
+    findRequired();
 }
 
 // The number of the node at an offset; a new one if it has not been met before. 0 for offset 0.
@@ -323,21 +328,52 @@ void RegPlan::findStarts() {
         onlyStart = static_cast<int>(c);
     }
     if (count != 1 || onlyStart == 0) onlyStart = -1;
+}
 
-    // The spine: the nodes that every match passes, up to the first choice between alternatives.
-    prefix = required = leading = nullptr;
-    const PlanNode* node = &nodes()[entry];
-    bool atStart = true;
+// The node with which every match begins, where that is a literal, a repeat or the start of a word.
+void RegPlan::findLead() {
+    prefix = leading = nullptr;
+    wordLead = false;
+    std::uint32_t number = entry;
     for (std::uint32_t passed = 0; passed < nodeCount; ++passed) {
-        if (node->step == Step::choose && node->next) return;
-        if (node->step == Step::end || node->step == Step::noNode || node->step == Step::badOpcode) return;
-        if (node->step == Step::literal) {
-            if (atStart) prefix = node;
-            // A fault before the literal is met even where the literal is missing.
-            if (!faulty && (!required || node->length > required->length)) required = node;
-        }
-        if (atStart && !faulty && (node->step == Step::repeat || node->step == Step::repeatSome)) leading = node;
-        atStart = atStart && (node->step == Step::choose || node->step == Step::open || node->step == Step::pass);
-        node = &nodes()[node->step == Step::choose ? node->operand : node->next];
+        const PlanNode& node = nodes()[number];
+        if (node.step == Step::literal) prefix = &node;
+        if (node.step == Step::wordStart) wordLead = true;
+        if (!faulty && (node.step == Step::repeat || node.step == Step::repeatSome)) leading = &node;
+        bool single = node.step == Step::choose && !node.next;
+        if (!single && node.step != Step::open && node.step != Step::pass) return;
+        number = single ? node.operand : node.next;
     }
+}
+
+// The longest literal that every match contains. It is sought in programs of moderate size only, and not in those with
+// a fault, which has to be reported even where the literal is missing.
+void RegPlan::findRequired() {
+    required = nullptr;
+    if (faulty || cyclic || nodeCount > mostNodes) return;
+    for (std::uint32_t number = entry; number < nodeCount; ++number) {
+        const PlanNode& node = nodes()[number];
+        if (node.step != Step::literal || (required && required->length >= node.length)) continue;
+        if (!endsWithout(number)) required = &node;
+    }
+}
+
+// Whether a walk can reach the end of the program without passing the node `avoided`.
+bool RegPlan::endsWithout(std::uint32_t avoided) const {
+    bool seen[mostNodes] = {};
+    std::uint32_t stack[mostNodes + 1];
+    std::uint32_t depth = 0;
+    seen[avoided] = seen[entry] = true;
+    stack[depth++] = entry;
+    while (depth > 0) {
+        const PlanNode& node = nodes()[stack[--depth]];
+        if (node.step == Step::end) return true;
+        std::uint32_t ways[2] = {node.next, node.step == Step::choose ? node.operand : 0};
+        for (std::uint32_t way : ways) {
+            if (way == 0 || seen[way]) continue;
+            seen[way] = true;
+            stack[depth++] = way;
+        }
+    }
+    return false;
 }

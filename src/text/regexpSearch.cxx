@@ -31,10 +31,9 @@ const char* RegSearch::scan(const char* from) const {
     if (plan.prefix && plan.prefix->length > 1) return std::strstr(from, plan.text(*plan.prefix));
     if (startCharacter) return std::strchr(from, startCharacter);
     if (plan.onlyStart > 0) return std::strchr(from, plan.onlyStart);
-    const unsigned char* place = reinterpret_cast<const unsigned char*>(from);
-    while (!plan.startsAt[*place]) {
+    const char* place = from;
+    for (; !plan.startsAt[static_cast<unsigned char>(*place)] || (plan.wordLead && afterWordByte(place)); ++place) {
         if (*place == '\0') return nullptr;
-        ++place;
     }
-    return reinterpret_cast<const char*>(place);
+    return place;
 }

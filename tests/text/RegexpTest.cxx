@@ -220,6 +220,21 @@ TEST(RegexpTest, OverlappingOccurrencesOfALiteralAreFound) {
     EXPECT_EQ("aabc", match("aabc", "aaabc"));
 }
 
+TEST(RegexpTest, ALiteralBehindAChoiceIsRequiredAndOneInsideAChoiceIsNot) {
+    EXPECT_EQ("aacd", match("(a|b)+cd", "cd aacd"));
+    EXPECT_EQ("(none)", match("(a|b)+cd", "aabbc"));
+    EXPECT_EQ("ad", match("a(bc)?d", "ad"));
+    EXPECT_EQ("ay", match("(ax|(ab|a)y)", "ay"));
+}
+
+TEST(RegexpTest, AFailedRepeatRulesOutOnlyTheStartsItRanOver) {
+    EXPECT_EQ("ab-ab", match("[a-c]+-ab", "abc ab-ab"));
+    EXPECT_EQ("bb1", match("b+1", "bbb bb bb1"));
+    EXPECT_EQ("ax", match("\\<[-a]+x", "--ax"));
+    EXPECT_EQ("x", match("a*x", "aaay x"));
+    EXPECT_EQ("aab", match("(a+)b", "aa aab"));
+}
+
 TEST(RegexpTest, TheTerminatingNulIsAPlaceToStart) {
     Expression expression = compile("x*$");
     const char* text = "ab";
