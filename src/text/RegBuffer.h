@@ -20,8 +20,9 @@ public:
 
     /** Makes room for `count` elements; the first `kept` of them keep their values. */
     T* reserve(std::size_t count, std::size_t kept) {
-        if (count <= (heap ? capacity : inlineCount)) return data();
-        std::size_t grown = count + count / 2;
+        std::size_t room = heap ? capacity : inlineCount;
+        if (count <= room) return data();
+        std::size_t grown = count < 2 * room ? 2 * room : count;
         T* block = static_cast<T*>(std::malloc(grown * sizeof(T)));
         if (!block) qnFatal("qnregexec: out of memory");
         std::memcpy(static_cast<void*>(block), data(), kept * sizeof(T));

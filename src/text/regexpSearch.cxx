@@ -8,7 +8,7 @@ RegSearch::RegSearch(const RegPlan& thePlan, const regexp& expression, const cha
 const char* RegSearch::nextStart(const char* from) {
     if (anchored) return from == text ? from : nullptr;
     const char* place = scan(from);
-    if (!place || !plan.required) return place;
+    if (!place || !plan.required || plan.required == plan.prefix) return place;
     if (!requiredAt || place > requiredAt) {
         requiredAt = std::strstr(place, plan.text(*plan.required));
         if (!requiredAt) return nullptr;
