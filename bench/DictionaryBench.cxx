@@ -1,76 +1,112 @@
-// Dictionaries and arrays: inserting, finding, appending, with the time for each entry or element.
+// Inserting into and finding in a string dictionary whose bucket count suits its size, beside std::unordered_map, which
+// a user would pick instead. Figures are seconds per element.
 #include <benchmark/benchmark.h>
-#include <morvaqnds.h>
 
+#include <string>
+#include <unordered_map>
 #include <vector>
+
+#include "StrStrDictionary.h"
+#include "VoidPtrDict.h"
 
 namespace {
 
+/** Keys whose first eight characters differ: the others do not enter the hash. */
+std::vector<std::string> makeKeys(std::size_t n, const char* prefix) {
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < n; ++i) keys.push_back(prefix + std::to_string(i * 2654435761u % 100000000u));
+    return keys;
+}
+
+std::vector<qnStr> asStrings(const std::vector<std::string>& keys) {
+    std::vector<qnStr> strings;
+    strings.reserve(keys.size());
+    for (const std::string& key : keys) strings.emplace_back(key.c_str());
+    return strings;
+}
+
 void perElement(benchmark::State& state) {
-    state.counters["per_element"] = benchmark::Counter(
-        static_cast<double>(state.range(0)), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_element"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-std::vector<qnStr> keys(long n) {
-    std::vector<qnStr> all;
-    for (long i = 0; i < n; ++i) {
-        qnStr key;
-        key.format("%ld key", i * 7919 % 1000003);
-        all.push_back(key);
-    }
-    return all;
-}
-
-void DictionaryInsert(benchmark::State& state) {
-    std::vector<qnStr> all = keys(state.range(0));
+void insertIntoDictionary(benchmark::State& state) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
     for (auto _ : state) {
-        qnVoidPtrDict d(static_cast<unsigned>(state.range(0)));
-        for (const qnStr& key : all) benchmark::DoNotOptimize(d.findCreate(&key));
+        qnVoidPtrDict d(static_cast<unsigned>(n));
+        for (qnStr& key : keys) *static_cast<void**>(d.findCreate(&key)) = &key;
+        benchmark::DoNotOptimize(d.count);
     }
     perElement(state);
 }
 
-void DictionaryFind(benchmark::State& state) {
-    std::vector<qnStr> all = keys(state.range(0));
-    qnVoidPtrDict d(static_cast<unsigned>(state.range(0)));
-    for (const qnStr& key : all) d.findCreate(&key);
+void insertIntoUnorderedMap(benchmark::State& state) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<std::string> keys = makeKeys(n, "");
     for (auto _ : state) {
-        for (const qnStr& key : all) benchmark::DoNotOptimize(d.find(&key, nullptr));
+        std::unordered_map<std::string, void*> map(n);
+        for (std::string& key : keys) map[key] = &key;
+        benchmark::DoNotOptimize(map.size());
     }
     perElement(state);
 }
 
-void ArrayAppend(benchmark::State& state) {
+void findInDictionary(benchmark::State& state, const char* prefix) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<qnStr> keys = asStrings(makeKeys(n, "")), probes = asStrings(makeKeys(n, prefix));
+    qnVoidPtrDict d(static_cast<unsigned>(n));
+    for (qnStr& key : keys) *static_cast<void**>(d.findCreate(&key)) = &key;
     for (auto _ : state) {
-        qnIntArray array;
-        for (int i = 0; i < state.range(0); ++i) array.append(&i);
-        benchmark::DoNotOptimize(array.data);
+        for (qnStr& probe : probes) benchmark::DoNotOptimize(d.find(&probe, nullptr));
     }
     perElement(state);
 }
 
-void ArrayAppendWithRoom(benchmark::State& state) {
+void findInUnorderedMap(benchmark::State& state, const char* prefix) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<std::string> keys = makeKeys(n, ""), probes = makeKeys(n, prefix);
+    std::unordered_map<std::string, void*> map(n);
+    for (std::string& key : keys) map[key] = &key;
     for (auto _ : state) {
-        qnIntArray array;
-        array.setMaxLength(static_cast<unsigned>(state.range(0)));
-        for (int i = 0; i < state.range(0); ++i) array.append(&i);
-        benchmark::DoNotOptimize(array.data);
+        for (std::string& probe : probes) {
+            auto found = map.find(probe);
+            benchmark::DoNotOptimize(found);
+        }
     }
     perElement(state);
 }
 
-void ArrayFind(benchmark::State& state) {
-    qnIntArray array(static_cast<unsigned>(state.range(0)));
-    for (int i = 0; i < state.range(0); ++i) array.elements()[i] = i;
-    int missing = -1;
-    for (auto _ : state) benchmark::DoNotOptimize(array.find(&missing, 0));
+void iterate(benchmark::State& state) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
+    qnVoidPtrDict d(static_cast<unsigned>(n));
+    for (qnStr& key : keys) d.findCreate(&key);
+    for (auto _ : state) {
+        for (qnVoidPtrDictIter it(d); it.dict != nullptr; ++it) benchmark::DoNotOptimize(it.getValue());
+    }
     perElement(state);
 }
 
-BENCHMARK(DictionaryInsert)->Arg(100)->Arg(10000);
-BENCHMARK(DictionaryFind)->Arg(100)->Arg(10000);
-BENCHMARK(ArrayAppend)->Arg(100)->Arg(10000);
-BENCHMARK(ArrayAppendWithRoom)->Arg(10000);
-BENCHMARK(ArrayFind)->Arg(10000);
+void insertAndRemoveStrings(benchmark::State& state) {
+    std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
+    qnStrStrDictionary d(static_cast<unsigned>(n));
+    for (auto _ : state) {
+        for (qnStr& key : keys) d.addInternal(&key, &key);
+        for (qnStr& key : keys) d.remove(&key);
+    }
+    perElement(state);
+}
+
+BENCHMARK(insertIntoDictionary)->Arg(1000)->Arg(100000);
+BENCHMARK(insertIntoUnorderedMap)->Arg(1000)->Arg(100000);
+BENCHMARK_CAPTURE(findInDictionary, present, "")->Arg(1000)->Arg(100000);
+BENCHMARK_CAPTURE(findInUnorderedMap, present, "")->Arg(1000)->Arg(100000);
+BENCHMARK_CAPTURE(findInDictionary, absent, "-")->Arg(1000)->Arg(100000);
+BENCHMARK_CAPTURE(findInUnorderedMap, absent, "-")->Arg(1000)->Arg(100000);
+BENCHMARK(iterate)->Arg(1000)->Arg(100000);
+BENCHMARK(insertAndRemoveStrings)->Arg(1000)->Arg(100000);
 
 }  // namespace

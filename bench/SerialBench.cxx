@@ -74,9 +74,9 @@ void* read() {
 }
 
 void report(benchmark::State& state) {
-    state.counters["per_element"] = benchmark::Counter(static_cast<double>(state.range(0)),
-                                                       benchmark::Counter::kIsIterationInvariantRate |
-                                                           benchmark::Counter::kInvert);
+    state.counters["per_element"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 qnStrArray strings(unsigned n) {
@@ -130,7 +130,8 @@ void ReadNumbers(benchmark::State& state) {
 
 void WriteObjects(benchmark::State& state) {
     std::unique_ptr<Node[]> nodes(new Node[static_cast<std::size_t>(state.range(0))]);
-    for (long i = 0; i + 1 < state.range(0); ++i) nodes[static_cast<std::size_t>(i)].next = &nodes[static_cast<std::size_t>(i) + 1];
+    for (long i = 0; i + 1 < state.range(0); ++i)
+        nodes[static_cast<std::size_t>(i)].next = &nodes[static_cast<std::size_t>(i) + 1];
     for (auto _ : state) {
         if (!write(nodes[0])) state.SkipWithError("not written");
     }

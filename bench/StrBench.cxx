@@ -7,8 +7,8 @@
 namespace {
 
 void perElement(benchmark::State& state, double elements) {
-    state.counters["per_element"] = benchmark::Counter(
-        elements, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_element"] =
+        benchmark::Counter(elements, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void AppendCharacters(benchmark::State& state) {

@@ -1,7 +1,7 @@
 // Feeds arbitrary bytes to a reader. Whatever they are, reading ends in a graph, a null result, or a fatal message.
 //
-// qnFatal is this program's own here: instead of ending the process it leaves the read. Objects that were being read are
-// lost, so leaks are not looked for.
+// qnFatal is this program's own here: instead of ending the process it leaves the read. Objects that were being read
+// are lost, so leaks are not looked for.
 #include <morvaqnds.h>
 
 #include <csetjmp>

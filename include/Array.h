@@ -103,13 +103,16 @@ public:
      *
      * Deliberate: the closing step of each partition does not exchange the pivot with the boundary element: both places
      * receive the element that was exchanged last (at first, the first element of the range). The result is therefore
-     * a permutation only by luck. Elements that are overwritten are destroyed and those that are repeated are copied, so
-     * each place owns its own.
+     * a permutation only by luck. Elements that are overwritten are destroyed and those that are repeated are copied,
+     * so each place owns its own.
      */
     void qsort();
     /** The same for `count` elements from `start`. Requires: start + count <= length(). */
     void qsort(unsigned start, unsigned count);
-    /** The partitioning worker, bounds inclusive; `scratch` holds the bytes of one element. */
+    /**
+     * The partitioning worker, bounds inclusive; `scratch` holds the bytes of one element.
+     * Requires: lo <= hi < length().
+     */
     void qsortInternal(unsigned lo, unsigned hi, void* scratch);
 
     // Each returns a new block from `malloc` that the caller owns, or null for a count of 0.
@@ -151,7 +154,8 @@ protected:
     /** Transcribes the two numbers; what is read must describe elements of this class, or the process ends. */
     bool xdrSizes(qnTranscriber& transcriber, unsigned short streamElementSize, StreamSizes& sizes);
 
-    /** Copies the fields of `other`, its capacity included, and its elements deeply. The block must not be owned yet. */
+    /** Copies the fields of `other`, its capacity included, and its elements deeply. The block must not be owned yet.
+     */
     void copyFrom(const qnArray& other);
 
     /** Makes sure that the block really has `maxBytes` bytes. */

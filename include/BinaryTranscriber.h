@@ -9,27 +9,27 @@
 
 /** The kinds of records in a binary stream. Values above `OldBase` are never written. */
 enum qnBinaryRecordKind : unsigned {
-    qnBRK_Data = 0,          ///< more data of the current object
-    qnBRK_Null = 1,          ///< a null pointer
-    qnBRK_Type = 2,          ///< introduces a type
-    qnBRK_NewArray = 3,      ///< a pointer to a primitive array whose contents follow later
-    qnBRK_OldArray = 4,      ///< a pointer to a primitive array met before
-    qnBRK_Bytes = 5,         ///< contents of a primitive array; to 9, see qnBinaryOTTag
+    qnBRK_Data = 0,      ///< more data of the current object
+    qnBRK_Null = 1,      ///< a null pointer
+    qnBRK_Type = 2,      ///< introduces a type
+    qnBRK_NewArray = 3,  ///< a pointer to a primitive array whose contents follow later
+    qnBRK_OldArray = 4,  ///< a pointer to a primitive array met before
+    qnBRK_Bytes = 5,     ///< contents of a primitive array; to 9, see qnBinaryOTTag
     qnBRK_Doubles = 9,
-    qnBRK_Instance = 10,     ///< contents of an object
-    qnBRK_NewObject = 11,    ///< a pointer to an object whose contents follow later
-    qnBRK_OldObject = 12,    ///< a pointer to an object met before
-    qnBRK_NewBase = 13,      ///< a base part, here
-    qnBRK_OldBase = 14       ///< a base part met before
+    qnBRK_Instance = 10,   ///< contents of an object
+    qnBRK_NewObject = 11,  ///< a pointer to an object whose contents follow later
+    qnBRK_OldObject = 12,  ///< a pointer to an object met before
+    qnBRK_NewBase = 13,    ///< a base part, here
+    qnBRK_OldBase = 14     ///< a base part met before
 };
 
 /** The kinds of records that hold a primitive array's contents. */
 enum qnBinaryOTTag : unsigned {
-    qnBOT_Bytes = 5,    ///< `char` and `unsigned char`
-    qnBOT_Shorts = 6,   ///< 2 bytes each
-    qnBOT_Longs = 7,    ///< 4 bytes each
-    qnBOT_Floats = 8,   ///< 4 bytes each
-    qnBOT_Doubles = 9   ///< 8 bytes each
+    qnBOT_Bytes = 5,   ///< `char` and `unsigned char`
+    qnBOT_Shorts = 6,  ///< 2 bytes each
+    qnBOT_Longs = 7,   ///< 4 bytes each
+    qnBOT_Floats = 8,  ///< 4 bytes each
+    qnBOT_Doubles = 9  ///< 8 bytes each
 };
 
 /**

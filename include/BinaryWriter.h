@@ -63,6 +63,7 @@ public:
     bool xdr(unsigned long** array, unsigned count) override;
     bool xdr(float** array, unsigned count) override;
     bool xdr(double** array, unsigned count) override;
+    /** Requires: the string is not null. A null one is written as a null pointer, which no reader takes back. */
     bool xdr(char** string) override;
     bool xdr(unsigned char** string) override;
     bool xdr(void* pointerVariable, qnXDRObj* object, qnTypeObj& type) override;

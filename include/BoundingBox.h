@@ -15,7 +15,8 @@ class MORVAQNDS_API qnBoundingBox {
 public:
     /** A box of zeros. */
     qnBoundingBox() : x(0), y(0), width(0), height(0) {}
-    qnBoundingBox(int left, int top, int boxWidth, int boxHeight) : x(left), y(top), width(boxWidth), height(boxHeight) {}
+    qnBoundingBox(int left, int top, int boxWidth, int boxHeight)
+        : x(left), y(top), width(boxWidth), height(boxHeight) {}
 
     /** The overlap; an axis without one starts at 0 with extent 0. */
     qnBoundingBox intersect(const qnBoundingBox& other) const;

@@ -13,8 +13,8 @@
  * is not evaluated and costs nothing.
  */
 #ifdef MORVAQNDS_CHECKED
-#define MORVAQNDS_REQUIRE(condition, ...)      \
-    do {                                       \
+#define MORVAQNDS_REQUIRE(condition, ...)       \
+    do {                                        \
         if (!(condition)) qnFatal(__VA_ARGS__); \
     } while (0)
 #else

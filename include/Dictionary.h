@@ -159,12 +159,14 @@ protected:
     char* newEntry() const;
 
 private:
+    /** buckets.length(), by a division that the compiler knows. */
+    unsigned bucketCount() const { return static_cast<unsigned>(buckets.usedBytes / sizeof(qnDictBucket*)); }
     void requireBuckets(const char* operation) const;
     qnDictBucket* findInChain(unsigned bucket, const void* key) const;
     qnDictBucket* unlink(const void* key);
     void discard(qnDictBucket* link);
     bool writeEntries(qnTranscriber& transcriber);
-    bool readEntries(qnTranscriber& transcriber, unsigned entries, unsigned nbuckets);
+    bool readEntries(qnTranscriber& transcriber, unsigned nbuckets);
 
     unsigned staleIters_;  // leading entries of `iters` that a cleanup has detached; they may be gone
 };

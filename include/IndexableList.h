@@ -131,6 +131,7 @@ private:
     void addToCount(int number, const char* operation);
     void detach(qnLinkItem* item);
     void cutBefore(qnLinkItem* link);
+    void spliceAtEnd(qnIndexableList* other, const char* operation);
     void splice(qnLinkItem* before, qnLinkItem* after, qnIndexableList* other, const char* operation);
 };
 

@@ -12,8 +12,8 @@
  *     static qnOrderedGlobal tableGlobal(makeTable, dropTable, tableNeeds, 2);
  *
  * Declaring it only registers it. `qnInitializeToolkit()` runs the construct functions, `qnCleanupGlobalOrderings()`
- * the destruct functions in reverse. One that is declared after `qnInitializeToolkit()` is never constructed, but is
- * destructed at clean-up. It must live until the clean-up.
+ * the destruct functions in reverse. One that is declared after `qnInitializeToolkit()`, or while that runs, is never
+ * constructed, but is destructed at clean-up. It must live until the clean-up.
  */
 class MORVAQNDS_API qnOrderedGlobal {
 public:

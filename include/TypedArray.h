@@ -87,7 +87,9 @@ public:
     static void* newInstance(qnTypeObj& type) { return new Self(type); }
     /** Destroys what `newInstance` made; null is ignored. */
     static void deleteInstance(void* object) { delete static_cast<Self*>(object); }
-    static bool xdr(void* object, qnTranscriber& transcriber) { return static_cast<Self*>(object)->Self::xdr(transcriber); }
+    static bool xdr(void* object, qnTranscriber& transcriber) {
+        return static_cast<Self*>(object)->Self::xdr(transcriber);
+    }
     bool xdr(qnTranscriber& transcriber) override = 0;
 };
 
@@ -118,6 +120,7 @@ public:
     using qnFactoryArray<Self, Element>::xdr;
 
     bool xdr(qnTranscriber& transcriber) override {
+        if (transcriber.reading) this->elementSize = sizeof(Element);
         return this->xdrPlain(transcriber, qnStreamSize<Element>::value, &transcribe);
     }
 

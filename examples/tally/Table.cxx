@@ -10,9 +10,7 @@ struct Row {
     const qnStr* word;
 };
 
-bool comesBefore(const Row& a, const Row& b) {
-    return a.count != b.count ? a.count > b.count : *a.word < *b.word;
-}
+bool comesBefore(const Row& a, const Row& b) { return a.count != b.count ? a.count > b.count : *a.word < *b.word; }
 
 }  // namespace
 

@@ -70,9 +70,7 @@ void WordCounts::copyKey(const void* from, void* to) const { new (to) qnStr(asWo
 
 void WordCounts::destroyKey(void* key) const { asWord(key).~qnStr(); }
 
-void WordCounts::copyValue(const void* from, void* to) const {
-    new (to) Counter(*static_cast<const Counter*>(from));
-}
+void WordCounts::copyValue(const void* from, void* to) const { new (to) Counter(*static_cast<const Counter*>(from)); }
 
 void WordCounts::createValue(void* to) const { new (to) Counter(0); }
 

@@ -20,7 +20,10 @@ qnArray::qnArray(unsigned short bytesPerElement, unsigned count) : data(nullptr)
 }
 
 qnArray::qnArray(const qnArray& other)
-    : qnXDRObj(other), data(nullptr), maxBytes(other.usedBytes), usedBytes(other.usedBytes),
+    : qnXDRObj(other),
+      data(nullptr),
+      maxBytes(other.usedBytes),
+      usedBytes(other.usedBytes),
       elementSize(other.elementSize) {
     // The object is still a plain array: a subclass makes its deep copies itself.
     qnArray::getmem();
@@ -28,7 +31,9 @@ qnArray::qnArray(const qnArray& other)
 }
 
 qnArray::qnArray(unsigned bytesPerElement, unsigned nbytes, void* block)
-    : data(static_cast<char*>(block)), maxBytes(nbytes), usedBytes(nbytes),
+    : data(static_cast<char*>(block)),
+      maxBytes(nbytes),
+      usedBytes(nbytes),
       elementSize(static_cast<unsigned short>(bytesPerElement)) {}
 
 qnArray::qnArray(qnTypeObj& type) : qnXDRObj(type), data(nullptr), maxBytes(0), usedBytes(0), elementSize(0) {}
@@ -114,7 +119,9 @@ namespace {
 class Source {
 public:
     Source(const qnArray& array, const void* bytes)
-        : array_(array), bytes_(bytes), own_(heap::contains(array.data, array.usedBytes, bytes)),
+        : array_(array),
+          bytes_(bytes),
+          own_(heap::contains(array.data, array.usedBytes, bytes)),
           offset_(own_ ? static_cast<std::size_t>(static_cast<const char*>(bytes) - array.data) : 0) {}
 
     /** Where the run is now, after the block may have moved. */
@@ -230,7 +237,10 @@ void* qnArray::raw_copy() const {
     return block;
 }
 
-void* qnArray::raw_head(unsigned count) const { return count == 0 ? nullptr : raw_extract(0, count); }
+void* qnArray::raw_head(unsigned count) const {
+    MORVAQNDS_REQUIRE(count <= length(), "qnArray::raw_head: %u elements exceed length %u", count, length());
+    return count == 0 ? nullptr : raw_extract(0, count);
+}
 
 void* qnArray::raw_tail(unsigned count) const {
     MORVAQNDS_REQUIRE(count <= length(), "qnArray::raw_tail: %u elements exceed length %u", count, length());

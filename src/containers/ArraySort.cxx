@@ -134,6 +134,8 @@ void qnArray::qsort(unsigned start, unsigned count) {
 }
 
 void qnArray::qsortInternal(unsigned lo, unsigned hi, void* scratch) {
+    MORVAQNDS_REQUIRE(lo <= hi && hi < length(), "qnArray::qsortInternal: bounds %u to %u in length %u", lo, hi,
+                      length());
     Partition partition(*this, scratch);
     WaitingRanges waiting;
     WaitingRanges::Range range = {lo, hi};

@@ -4,6 +4,7 @@
 #include "Array.h"
 #include "Transcriber.h"
 #include "core/Heap.h"
+#include "serial/ReadSupport.h"
 
 namespace {
 
@@ -43,13 +44,13 @@ bool qnArray::xdrPlain(qnTranscriber& transcriber, unsigned short streamElementS
         // No stale memory reaches a stream: what is spare is zero.
         backCapacity();
         if (maxBytes > usedBytes) std::memset(data + usedBytes, 0, maxBytes - usedBytes);
-        return run(transcriber, data, maxBytes / elementSize);
+        return run(transcriber, data, elementSize == 0 ? 0 : maxBytes / elementSize);
     }
 
     // Deliberate: an earlier block is not released; the array is taken to be new.
     data = nullptr;
     unsigned claimed = sizes.usedBytes / streamElementSize * elementSize;
-    unsigned step = BelievedBytes / elementSize * elementSize;
+    unsigned step = qnReadSupport::isGivenBy(transcriber) ? BelievedBytes / elementSize * elementSize : claimed;
     unsigned arrived = 0;
     do {
         unsigned part = claimed - arrived < step ? claimed - arrived : step;

@@ -29,8 +29,7 @@ qnDictionary::qnDictionary(const qnDictionary& other)
     buckets.resize(other.buckets.length());
 }
 
-qnDictionary::qnDictionary(qnTypeObj& type)
-    : qnXDRObj(type), count(0), keySize(0), valueSize(0), staleIters_(0) {}
+qnDictionary::qnDictionary(qnTypeObj& type) : qnXDRObj(type), count(0), keySize(0), valueSize(0), staleIters_(0) {}
 
 qnDictionary::~qnDictionary() {}
 
@@ -69,11 +68,11 @@ void qnDictionary::streamRecordSizes(unsigned& key, unsigned& value) const {
 // Entries
 
 void qnDictionary::requireBuckets(const char* operation) const {
-    if (buckets.length() == 0) qnFatal("qnDictionary::%s: the dictionary has no buckets", operation);
+    if (bucketCount() == 0) qnFatal("qnDictionary::%s: the dictionary has no buckets", operation);
 }
 
 unsigned qnDictionary::bucketOf(const void* key) const {
-    return static_cast<unsigned>(hashKey(key)) % buckets.length();
+    return static_cast<unsigned>(hashKey(key)) % bucketCount();
 }
 
 char* qnDictionary::newEntry() const {
@@ -95,7 +94,7 @@ qnDictBucket* qnDictionary::findInChain(unsigned bucket, const void* key) const 
 }
 
 void* qnDictionary::find(const void* key, void** where) const {
-    qnDictBucket* link = buckets.length() == 0 ? nullptr : findInChain(bucketOf(key), key);
+    qnDictBucket* link = bucketCount() == 0 ? nullptr : findInChain(bucketOf(key), key);
     if (where != nullptr) *where = link;
     return link == nullptr ? nullptr : link->entry + keySize;
 }
@@ -129,7 +128,7 @@ void* qnDictionary::findCreate(const void* key) {
 
 /** Takes the link of `key` out of its chain; it keeps its successor for the iterators that stand on it. */
 qnDictBucket* qnDictionary::unlink(const void* key) {
-    if (buckets.length() == 0) return nullptr;
+    if (bucketCount() == 0) return nullptr;
     qnDictBucket** place = &buckets.elements()[bucketOf(key)];
     while (*place != nullptr && compareKeys(key, (*place)->entry) != 0) place = &(*place)->next;
     qnDictBucket* link = *place;
@@ -188,7 +187,8 @@ void qnDictionary::addIter(qnDictIter* iter) { iters.append(&iter); }
 
 void qnDictionary::removeIter(qnDictIter* iter) {
     unsigned index = iters.find(&iter, staleIters_);
-    MORVAQNDS_REQUIRE(index < iters.length(), "qnDictionary::removeIter: the iterator is not registered");
+    MORVAQNDS_REQUIRE(index < iters.length(), "qnDictionary::removeIter: the iterator is not among the %u registered",
+                      iters.length() - staleIters_);
     if (index < iters.length()) iters.remove(index, 1);
 }
 

@@ -30,13 +30,12 @@ bool qnDictionary::xdr(void* object, qnTranscriber& transcriber) {
 qnTypeObj& qnDictionary::getTypeObj() const { return qnDictionary_type; }
 
 bool qnDictionary::doxdr(qnTranscriber& transcriber) {
-    unsigned entries = count;
     unsigned ownKeySize, ownValueSize;
     streamRecordSizes(ownKeySize, ownValueSize);
     unsigned streamKeySize = ownKeySize, streamValueSize = ownValueSize;
     unsigned nbuckets = transcriber.reading ? 0 : buckets.length();
-    if (!transcriber.xdr(&entries, 1) || !transcriber.xdr(&streamKeySize, 1) ||
-        !transcriber.xdr(&streamValueSize, 1) || !transcriber.xdr(&nbuckets, 1)) {
+    if (!transcriber.xdr(&count, 1) || !transcriber.xdr(&streamKeySize, 1) || !transcriber.xdr(&streamValueSize, 1) ||
+        !transcriber.xdr(&nbuckets, 1)) {
         return false;
     }
     if (!transcriber.reading) return writeEntries(transcriber);
@@ -48,7 +47,7 @@ bool qnDictionary::doxdr(qnTranscriber& transcriber) {
     } else if (streamKeySize != ownKeySize || streamValueSize != ownValueSize) {
         qnFatal("format error");
     }
-    return readEntries(transcriber, entries, nbuckets);
+    return readEntries(transcriber, nbuckets);
 }
 
 bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
@@ -63,11 +62,11 @@ bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
     return true;
 }
 
-bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned entries, unsigned nbuckets) {
+bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
+    const unsigned entries = count;
     if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries)) {
         qnFatal("format error");
     }
-    count = entries;
     buckets.resize(nbuckets < BelievedBuckets ? nbuckets : BelievedBuckets);
     for (unsigned i = 0; i < entries; ++i) {
         char* entry = newEntry();

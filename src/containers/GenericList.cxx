@@ -10,12 +10,8 @@
 namespace {
 
 // Deliberate: these two texts are what programs and their log readers look for, in every build.
-[[noreturn]] void boundsViolation() {
-    qnFatal("List bounds violation in ../GenericList.cxx aborting ...");
-}
-[[noreturn]] void underflow() {
-    qnFatal("List underflow in ../GenericList.cxx aborting ...");
-}
+[[noreturn]] void boundsViolation() { qnFatal("List bounds violation in ../GenericList.cxx aborting ..."); }
+[[noreturn]] void underflow() { qnFatal("List underflow in ../GenericList.cxx aborting ..."); }
 
 #ifdef MORVAQNDS_CHECKED
 bool isNodeOf(const GenericList& list, const GenericNode* node) {
@@ -38,9 +34,7 @@ GenericList::GenericList(const GenericList& source) : GenericList() {
     for (const GenericNode* node = source.head; node != nullptr; node = node->next) append(node->item);
 }
 
-GenericList::~GenericList() {
-    clear();
-}
+GenericList::~GenericList() { clear(); }
 
 GenericNode* GenericList::makeNode(void* item, const char* operation) const {
     if (count == INT_MAX) qnFatal("GenericList::%s: more than %d items", operation, INT_MAX);
@@ -60,13 +54,9 @@ void GenericList::link(GenericNode* before, GenericNode* node, GenericNode* afte
     ++count;
 }
 
-void GenericList::append(void* item) {
-    link(tail, makeNode(item, "append"), nullptr, count);
-}
+void GenericList::append(void* item) { link(tail, makeNode(item, "append"), nullptr, count); }
 
-void GenericList::prepend(void* item) {
-    link(nullptr, makeNode(item, "prepend"), head, 0);
-}
+void GenericList::prepend(void* item) { link(nullptr, makeNode(item, "prepend"), head, 0); }
 
 void GenericList::insertAt(long index, void* item) {
     if (index < 0 || index > count) boundsViolation();
@@ -76,9 +66,7 @@ void GenericList::insertAt(long index, void* item) {
     link(before, makeNode(item, "insertAt"), before->next, static_cast<int>(index));
 }
 
-void* GenericList::findItem(long index) const {
-    return findNode(index)->item;
-}
+void* GenericList::findItem(long index) const { return findNode(index)->item; }
 
 GenericNode* GenericList::findNode(long index) const {
     if (index < 0 || index >= count) boundsViolation();
@@ -105,9 +93,7 @@ void* GenericList::remove(void* item) {
     return node != nullptr ? remove(node) : nullptr;
 }
 
-void* GenericList::remove(long index) {
-    return remove(findNode(index));
-}
+void* GenericList::remove(long index) { return remove(findNode(index)); }
 
 void GenericList::clear() {
     while (head != nullptr) remove(head);

@@ -12,13 +12,6 @@
 
 namespace {
 
-#ifdef MORVAQNDS_CHECKED
-bool isInChain(const qnLinkItem* chain, const qnLinkItem* item) {
-    while (chain != nullptr && chain != item) chain = chain->next;
-    return chain != nullptr;
-}
-#endif
-
 /** Calls `visit` for each item of a chain and returns their number. A circle is found by a marker left behind. */
 template <class Visit>
 int walkChain(qnLinkItem* chain, const char* operation, Visit visit) {
@@ -37,6 +30,18 @@ int walkChain(qnLinkItem* chain, const char* operation, Visit visit) {
     }
     return number;
 }
+
+#ifdef MORVAQNDS_CHECKED
+bool holds(const qnIndexableList& list, const qnLinkItem* sought) {
+    const qnLinkItem* item = list.head;
+    int left = list.count;
+    while (left > 0 && item != nullptr && item != sought) {
+        item = item->next;
+        --left;
+    }
+    return left > 0 && item != nullptr;
+}
+#endif
 
 /** The last link that can be reached from `link` in fewer than `count` steps. */
 qnLinkItem* endOfChain(qnLinkItem* link, int count) {
@@ -58,13 +63,11 @@ qnIndexableList::qnIndexableList(qnLinkItem* chain) : qnIndexableList() {
 }
 
 /** The item's predecessor in this list. */
-qnLinkItem* qnIndexableList::previousOf(const qnLinkItem* item) const {
-    return item == head ? nullptr : item->prev;
-}
+qnLinkItem* qnIndexableList::previousOf(const qnLinkItem* item) const { return item == head ? nullptr : item->prev; }
 
-/** The item's successor in this list. */
+/** The item's successor in this list; behind a tail left behind there is one. */
 qnLinkItem* qnIndexableList::followerOf(const qnLinkItem* item) const {
-    return item == head && count == 1 ? nullptr : item->next;
+    return item == head && count <= 1 ? nullptr : item->next;
 }
 
 void qnIndexableList::resetCursor() {
@@ -91,9 +94,7 @@ qnLinkItem* qnIndexableList::findLink(long index) {
     return nearestwalk::find(index, count, head, tail, cursor, cursorIndex);
 }
 
-void qnIndexableList::appendAt(long index, qnLinkItem* item) {
-    insertAt(index < count ? index + 1 : index, item);
-}
+void qnIndexableList::appendAt(long index, qnLinkItem* item) { insertAt(index < count ? index + 1 : index, item); }
 
 void qnIndexableList::insertAt(long index, qnLinkItem* item) {
     MORVAQNDS_REQUIRE(index >= 0, "qnIndexableList::insertAt: index %ld is negative", index);
@@ -101,6 +102,7 @@ void qnIndexableList::insertAt(long index, qnLinkItem* item) {
     MORVAQNDS_REQUIRE(item != head && item != tail, "qnIndexableList::insertAt: item %p is in the list already",
                       static_cast<void*>(item));
     qnLinkItem* place = head != nullptr && index < count ? findLink(index) : nullptr;
+    qnLinkItem* behindTail = head != nullptr ? followerOf(tail) : nullptr;
     addToCount(1, "insertAt");
     if (head == nullptr) {
         // Deliberate: the item's own links stay, so that whoever relies on them still finds them.
@@ -116,8 +118,9 @@ void qnIndexableList::insertAt(long index, qnLinkItem* item) {
         if (index <= cursorIndex) ++cursorIndex;
     } else {
         item->prev = tail;
-        item->next = nullptr;
+        item->next = behindTail;
         tail->next = item;
+        if (behindTail != nullptr) behindTail->prev = item;
         tail = item;
     }
 }
@@ -137,7 +140,7 @@ void qnIndexableList::detach(qnLinkItem* item) {
 }
 
 qnLinkItem* qnIndexableList::unlink(qnLinkItem* item) {
-    MORVAQNDS_REQUIRE(item != nullptr && isInChain(head, item), "qnIndexableList::unlink: item %p is not in the list",
+    MORVAQNDS_REQUIRE(holds(*this, item), "qnIndexableList::unlink: item %p is not in the list",
                       static_cast<void*>(item));
     detach(item);
     resetCursor();
@@ -180,7 +183,7 @@ void qnIndexableList::cutBefore(qnLinkItem* link) {
 }
 
 qnLinkItem* qnIndexableList::split(qnLinkItem* link) {
-    MORVAQNDS_REQUIRE(link != nullptr && isInChain(head, link), "qnIndexableList::split: item %p is not in the list",
+    MORVAQNDS_REQUIRE(holds(*this, link), "qnIndexableList::split: item %p is not in the list",
                       static_cast<void*>(link));
     cutBefore(link);
     resetCursor();
@@ -211,6 +214,12 @@ void qnIndexableList::splice(qnLinkItem* before, qnLinkItem* after, qnIndexableL
     other->becomeEmpty();
 }
 
+void qnIndexableList::spliceAtEnd(qnIndexableList* other, const char* operation) {
+    qnLinkItem* newTail = other->tail;
+    splice(tail, tail != nullptr ? followerOf(tail) : nullptr, other, operation);
+    tail = newTail;
+}
+
 void qnIndexableList::insertListAt(long index, qnIndexableList* other) {
     MORVAQNDS_REQUIRE(index >= 0, "qnIndexableList::insertListAt: index %ld is negative", index);
     MORVAQNDS_REQUIRE(other != nullptr && other != this, "qnIndexableList::insertListAt: not another list, index %ld",
@@ -220,9 +229,7 @@ void qnIndexableList::insertListAt(long index, qnIndexableList* other) {
     if (place != nullptr) {
         splice(previousOf(place), place, other, "insertListAt");
     } else {
-        qnLinkItem* oldTail = tail;
-        tail = other->tail;
-        splice(oldTail, nullptr, other, "insertListAt");
+        spliceAtEnd(other, "insertListAt");
     }
 }
 
@@ -236,8 +243,6 @@ void qnIndexableList::appendListAt(long index, qnIndexableList* other) {
         // Deliberate: behind the last item the tail stays where it was; `appendList` is the operation that moves it.
         splice(place, followerOf(place), other, "appendListAt");
     } else {
-        qnLinkItem* oldTail = tail;
-        tail = other->tail;
-        splice(oldTail, nullptr, other, "appendListAt");
+        spliceAtEnd(other, "appendListAt");
     }
 }

@@ -48,6 +48,7 @@ int qnStrElements::compareElements(const void* a, const void* b) const {
 qnTypeObj& qnStrArray::getTypeObj() const { return qnStrArray_type; }
 
 bool qnStrArray::xdr(qnTranscriber& transcriber) {
+    if (transcriber.reading) elementSize = sizeof(qnStr);
     StreamSizes sizes;
     if (!xdrSizes(transcriber, StreamElementSize, sizes)) return false;
     if (transcriber.reading) return readStrings(transcriber, sizes.usedBytes / StreamElementSize);
@@ -57,12 +58,14 @@ bool qnStrArray::xdr(qnTranscriber& transcriber) {
     return true;
 }
 
-// The block grows as strings arrive. Their texts are still to come, so a block that moves is reported.
+// The block grows as strings arrive. Their texts are still to come, so a block that moves is reported; where there is
+// nobody to report to it does not move.
 bool qnStrArray::readStrings(qnTranscriber& transcriber, unsigned count) {
     // Deliberate: an earlier block is not released; the array is taken to be new.
     data = nullptr;
     usedBytes = 0;
-    unsigned slots = count < FirstSlots ? count : FirstSlots;
+    bool mayMove = qnReadSupport::isGivenBy(transcriber);
+    unsigned slots = mayMove && count > FirstSlots ? FirstSlots : count;
     maxBytes = slots * elementSize;
     getmem();
     for (unsigned i = 0; i < count; ++i) {

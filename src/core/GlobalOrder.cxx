@@ -15,8 +15,20 @@ bool destructionPending = true;
 constexpr int ToolkitOrder = 1;
 constexpr unsigned InitialCapacity = 10;
 
-qnOrderedGlobal* entryAt(const qnGlobalOrder& order, unsigned index) {
-    return static_cast<qnOrderedGlobal*>(order.entries.elements()[index]);
+qnOrderedGlobal* entryAt(const qnVoidPtrArray& entries, unsigned index) {
+    return static_cast<qnOrderedGlobal*>(entries.elements()[index]);
+}
+
+/** The entries as they are to be constructed. A copy: what is registered while they are constructed comes too late. */
+qnVoidPtrArray constructionPlan(qnGlobalOrder& order) {
+    if (!order.sorted) order.sort();
+    return order.entries;
+}
+
+void construct(const qnVoidPtrArray& plan) {
+    for (unsigned i = 0; i < plan.length(); ++i) {
+        if (qnOrderedGlobal::Function function = entryAt(plan, i)->construct) function();
+    }
 }
 
 }  // namespace
@@ -47,33 +59,29 @@ bool qnGlobalOrder::sort() {
     // not looked at again for it.
     for (unsigned i = 0; i + 1 < n; ++i) {
         for (unsigned j = i + 1; j < n; ++j) {
-            if (entryAt(*this, i)->dependsOn(*entryAt(*this, j))) entries.swap(i, j);
+            if (entryAt(entries, i)->dependsOn(*entryAt(entries, j))) entries.swap(i, j);
         }
     }
     sorted = true;
     return false;
 }
 
-void qnGlobalOrder::create() {
-    if (!sorted) sort();
-    // What a construct function registers comes after the entries of now, and is not constructed.
-    unsigned n = entries.length();
-    for (unsigned i = 0; i < n; ++i) {
-        if (qnOrderedGlobal::Function construct = entryAt(*this, i)->construct) construct();
-    }
-}
+void qnGlobalOrder::create() { construct(constructionPlan(*this)); }
 
 void qnGlobalOrder::destroy() {
     for (unsigned i = entries.length(); i > 0; --i) {
-        if (qnOrderedGlobal::Function destruct = entryAt(*this, i - 1)->destruct) destruct();
+        if (qnOrderedGlobal::Function destruct = entryAt(entries, i - 1)->destruct) destruct();
     }
 }
 
 void qnInitGlobalOrderings() {
     if (!creationPending || creationRunning) return;
     creationRunning = true;
-    qn_toolkitGlobalOrder->create();
-    qn_applicationGlobalOrder->create();
+    // Both plans are made first: an application's global that a toolkit's construct function registers is late, too.
+    qnVoidPtrArray toolkit = constructionPlan(*qn_toolkitGlobalOrder);
+    qnVoidPtrArray application = constructionPlan(*qn_applicationGlobalOrder);
+    construct(toolkit);
+    construct(application);
     creationRunning = false;
     creationPending = false;
 }

@@ -38,16 +38,26 @@ qnTypeObj qnDictionary_type("qnDictionary", TypeVersion, nullptr, nullptr, qnDic
 
 // Deliberate: all arrays register under one name, which streams record for them. The last one, the string array, is
 // what the name finds.
-qnTypeObj qnBoolArray_type("ARRAY", TypeVersion, qnBoolArray::newInstance, qnBoolArray::deleteInstance, qnBoolArray::xdr);
-qnTypeObj qnCharArray_type("ARRAY", TypeVersion, qnCharArray::newInstance, qnCharArray::deleteInstance, qnCharArray::xdr);
-qnTypeObj qnShortArray_type("ARRAY", TypeVersion, qnShortArray::newInstance, qnShortArray::deleteInstance, qnShortArray::xdr);
+qnTypeObj qnBoolArray_type("ARRAY", TypeVersion, qnBoolArray::newInstance, qnBoolArray::deleteInstance,
+                           qnBoolArray::xdr);
+qnTypeObj qnCharArray_type("ARRAY", TypeVersion, qnCharArray::newInstance, qnCharArray::deleteInstance,
+                           qnCharArray::xdr);
+qnTypeObj qnShortArray_type("ARRAY", TypeVersion, qnShortArray::newInstance, qnShortArray::deleteInstance,
+                            qnShortArray::xdr);
 qnTypeObj qnIntArray_type("ARRAY", TypeVersion, qnIntArray::newInstance, qnIntArray::deleteInstance, qnIntArray::xdr);
-qnTypeObj qnLongArray_type("ARRAY", TypeVersion, qnLongArray::newInstance, qnLongArray::deleteInstance, qnLongArray::xdr);
-qnTypeObj qnFloatArray_type("ARRAY", TypeVersion, qnFloatArray::newInstance, qnFloatArray::deleteInstance, qnFloatArray::xdr);
-qnTypeObj qnDoubleArray_type("ARRAY", TypeVersion, qnDoubleArray::newInstance, qnDoubleArray::deleteInstance, qnDoubleArray::xdr);
-qnTypeObj qnUnsignedCharArray_type("ARRAY", TypeVersion, qnUnsignedCharArray::newInstance, qnUnsignedCharArray::deleteInstance, qnUnsignedCharArray::xdr);
-qnTypeObj qnUnsignedShortArray_type("ARRAY", TypeVersion, qnUnsignedShortArray::newInstance, qnUnsignedShortArray::deleteInstance, qnUnsignedShortArray::xdr);
-qnTypeObj qnUnsignedLongArray_type("ARRAY", TypeVersion, qnUnsignedLongArray::newInstance, qnUnsignedLongArray::deleteInstance, qnUnsignedLongArray::xdr);
+qnTypeObj qnLongArray_type("ARRAY", TypeVersion, qnLongArray::newInstance, qnLongArray::deleteInstance,
+                           qnLongArray::xdr);
+qnTypeObj qnFloatArray_type("ARRAY", TypeVersion, qnFloatArray::newInstance, qnFloatArray::deleteInstance,
+                            qnFloatArray::xdr);
+qnTypeObj qnDoubleArray_type("ARRAY", TypeVersion, qnDoubleArray::newInstance, qnDoubleArray::deleteInstance,
+                             qnDoubleArray::xdr);
+qnTypeObj qnUnsignedCharArray_type("ARRAY", TypeVersion, qnUnsignedCharArray::newInstance,
+                                   qnUnsignedCharArray::deleteInstance, qnUnsignedCharArray::xdr);
+qnTypeObj qnUnsignedShortArray_type("ARRAY", TypeVersion, qnUnsignedShortArray::newInstance,
+                                    qnUnsignedShortArray::deleteInstance, qnUnsignedShortArray::xdr);
+qnTypeObj qnUnsignedLongArray_type("ARRAY", TypeVersion, qnUnsignedLongArray::newInstance,
+                                   qnUnsignedLongArray::deleteInstance, qnUnsignedLongArray::xdr);
 qnTypeObj qnStrArray_type("ARRAY", TypeVersion, qnStrArray::newInstance, qnStrArray::deleteInstance, qnStrArray::xdr);
 
-qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance, qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);
+qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance,
+                                  qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);

@@ -10,7 +10,8 @@
 /**
  * Blocks from the process heap that either are there or end the process with a message.
  *
- * `operation` is what asks, as "qnStr::append"; it is printed with the cause. Exactly the bytes asked for are requested.
+ * `operation` is what asks, as "qnStr::append"; it is printed with the cause. Exactly the bytes asked for are
+ * requested.
  */
 namespace heap {
 

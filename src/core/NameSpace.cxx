@@ -164,9 +164,7 @@ NameSpace::~NameSpace() {
     std::free(table);
 }
 
-unsigned long NameSpace::makeAtom(const char* name, int create) {
-    return makeAtom(name, lengthOf(name), create);
-}
+unsigned long NameSpace::makeAtom(const char* name, int create) { return makeAtom(name, lengthOf(name), create); }
 
 unsigned long NameSpace::makeAtom(const char* name, unsigned len, int create) {
     const bool allowed = create == 0 || explicitAtoms == 0;
@@ -222,9 +220,7 @@ const char* NameSpace::nameForAtom(unsigned long atom) const {
     return table[atom]->name;
 }
 
-void NameSpace::atomError() {
-    std::abort();
-}
+void NameSpace::atomError() { std::abort(); }
 
 void NameSpace::freeAtom(Node* node) {
     if (node == nullptr) return;

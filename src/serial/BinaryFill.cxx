@@ -95,12 +95,20 @@ bool qnBinaryReader::State::getWord(unsigned& word) {
 bool qnBinaryReader::State::readPayload() {
     unsigned ignored;
     switch (reader_.pendingKind) {
-        case qnBRK_Data: case qnBRK_Null: return true;
+        case qnBRK_Data:
+        case qnBRK_Null: return true;
         case qnBRK_Type: return readType();
-        case qnBRK_NewArray: case qnBOT_Bytes: case qnBOT_Shorts: case qnBOT_Longs: case qnBOT_Floats:
-        case qnBOT_Doubles:
-            return getWord(reader_.pendingId) && getWord(reader_.pendingByteCount);
-        case qnBRK_OldArray: case qnBRK_NewObject: case qnBRK_OldObject: case qnBRK_NewBase: case qnBRK_OldBase:
+        case qnBRK_NewArray:
+        case qnBOT_Bytes:
+        case qnBOT_Shorts:
+        case qnBOT_Longs:
+        case qnBOT_Floats:
+        case qnBOT_Doubles: return getWord(reader_.pendingId) && getWord(reader_.pendingByteCount);
+        case qnBRK_OldArray:
+        case qnBRK_NewObject:
+        case qnBRK_OldObject:
+        case qnBRK_NewBase:
+        case qnBRK_OldBase:
             // Deliberate: one word more than the writer writes. Streams with these records come from writers that pad.
             return getWord(reader_.pendingId) && getWord(ignored);
         case qnBRK_Instance:
@@ -295,9 +303,7 @@ bool qnBinaryReader::xdr(unsigned short* values, unsigned count) {
     return readValues(*this, shortsReader, values, count);
 }
 bool qnBinaryReader::xdr(int* values, unsigned count) { return readValues(*this, longsReader, values, count); }
-bool qnBinaryReader::xdr(unsigned int* values, unsigned count) {
-    return readValues(*this, longsReader, values, count);
-}
+bool qnBinaryReader::xdr(unsigned int* values, unsigned count) { return readValues(*this, longsReader, values, count); }
 bool qnBinaryReader::xdr(long* values, unsigned count) { return readLongs(*this, values, count); }
 bool qnBinaryReader::xdr(unsigned long* values, unsigned count) { return readLongs(*this, values, count); }
 bool qnBinaryReader::xdr(float* values, unsigned count) { return readValues(*this, floatsReader, values, count); }
@@ -313,7 +319,8 @@ bool qnBinaryReader::xdr(qnStr* strings, unsigned count) {
 // Pointers. An array must have the bytes that its variable is read for.
 
 bool qnBinaryReader::State::readElements(void* variable, Use use, unsigned count, unsigned elementBytes) {
-    return readArrayPointer(variable, use, heap::checkedSize(std::uint64_t(count) * elementBytes, "qnBinaryReader::xdr"));
+    return readArrayPointer(variable, use,
+                            heap::checkedSize(std::uint64_t(count) * elementBytes, "qnBinaryReader::xdr"));
 }
 
 bool qnBinaryReader::xdr(char** array, unsigned count) { return readPrimPointer(array, count); }
@@ -324,9 +331,7 @@ bool qnBinaryReader::xdr(short** array, unsigned count) {
 bool qnBinaryReader::xdr(unsigned short** array, unsigned count) {
     return state_->readElements(array, State::ArrayUse, count, 2);
 }
-bool qnBinaryReader::xdr(int** array, unsigned count) {
-    return state_->readElements(array, State::ArrayUse, count, 4);
-}
+bool qnBinaryReader::xdr(int** array, unsigned count) { return state_->readElements(array, State::ArrayUse, count, 4); }
 bool qnBinaryReader::xdr(unsigned int** array, unsigned count) {
     return state_->readElements(array, State::ArrayUse, count, 4);
 }

@@ -44,9 +44,7 @@ void qnBinaryOTDict::expectIds() { index_->entries.clear(Index::IdGrain); }
 
 const char* qnBinaryOTDict::className() const { return "qnBinaryOTDict"; }
 
-unsigned long qnBinaryOTDict::hashKey(const void* key) const {
-    return static_cast<std::uint32_t>(wordAt(key) >> 2);
-}
+unsigned long qnBinaryOTDict::hashKey(const void* key) const { return static_cast<std::uint32_t>(wordAt(key) >> 2); }
 
 int qnBinaryOTDict::compareKeys(const void* a, const void* b) const {
     Word difference = wordAt(a) - wordAt(b);

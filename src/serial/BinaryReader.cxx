@@ -71,13 +71,10 @@ bool qnBinaryReader::writeObject(void*, qnXDRObj*) { qnFatal("tried to invoke qn
 void* qnBinaryReader::alreadyRead(unsigned long id) const {
     qnBinaryOTDict::Word key = id;
     const void* address = objectTable.find(&key, nullptr);
-    return address == nullptr ? nullptr
-                              : reinterpret_cast<void*>(*static_cast<const qnBinaryOTDict::Word*>(address));
+    return address == nullptr ? nullptr : reinterpret_cast<void*>(*static_cast<const qnBinaryOTDict::Word*>(address));
 }
 
-void qnBinaryReader::queue(qnBinaryReaderItem* item) {
-    appendPending(item);
-}
+void qnBinaryReader::queue(qnBinaryReaderItem* item) { appendPending(item); }
 
 qnBinaryReaderItem* qnBinaryReader::pop() {
     unsigned last = pendingItems.length() - 1;

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "BinaryWriter.h"
-#include "Fatal.h"
+#include "Checked.h"
 #include "Str.h"
 #include "serial/Units.h"
 
@@ -47,18 +47,21 @@ private:
 
 void addPayload(RecordHeader& header, const qnBinaryTranscriber& record) {
     switch (record.pendingKind) {
-        case qnBRK_Data: case qnBRK_Null: break;
+        case qnBRK_Data:
+        case qnBRK_Null: break;
         case qnBRK_Type: header.add(record.pendingTypeId); break;
-        case qnBRK_NewArray: case qnBOT_Bytes: case qnBOT_Shorts: case qnBOT_Longs: case qnBOT_Floats:
-        case qnBOT_Doubles:
-            header.add(record.pendingId).add(record.pendingByteCount);
-            break;
-        case qnBRK_Instance:
-            header.add(record.pendingId).add(record.pendingTypeId).add(record.pendingVersion);
-            break;
-        case qnBRK_OldArray: case qnBRK_NewObject: case qnBRK_OldObject: case qnBRK_NewBase: case qnBRK_OldBase:
-            header.add(record.pendingId);
-            break;
+        case qnBRK_NewArray:
+        case qnBOT_Bytes:
+        case qnBOT_Shorts:
+        case qnBOT_Longs:
+        case qnBOT_Floats:
+        case qnBOT_Doubles: header.add(record.pendingId).add(record.pendingByteCount); break;
+        case qnBRK_Instance: header.add(record.pendingId).add(record.pendingTypeId).add(record.pendingVersion); break;
+        case qnBRK_OldArray:
+        case qnBRK_NewObject:
+        case qnBRK_OldObject:
+        case qnBRK_NewBase:
+        case qnBRK_OldBase: header.add(record.pendingId); break;
         default: qnFatal("Whoops!");
     }
 }
@@ -151,28 +154,39 @@ bool qnBinaryWriter::xdr(qnStr* strings, unsigned count) {
     return true;
 }
 
-bool qnBinaryWriter::xdr(char** array, unsigned count) { return writePointer(*array, count, 1, qnBOT_Bytes, qnBinaryWriterItem::Plain); }
+bool qnBinaryWriter::xdr(char** array, unsigned count) {
+    return writePointer(*array, count, 1, qnBOT_Bytes, qnBinaryWriterItem::Plain);
+}
 bool qnBinaryWriter::xdr(unsigned char** array, unsigned count) {
     return writePointer(*array, count, 1, qnBOT_Bytes, qnBinaryWriterItem::Plain);
 }
-bool qnBinaryWriter::xdr(short** array, unsigned count) { return writePointer(*array, count, 2, qnBOT_Shorts, qnBinaryWriterItem::Plain); }
+bool qnBinaryWriter::xdr(short** array, unsigned count) {
+    return writePointer(*array, count, 2, qnBOT_Shorts, qnBinaryWriterItem::Plain);
+}
 bool qnBinaryWriter::xdr(unsigned short** array, unsigned count) {
     return writePointer(*array, count, 2, qnBOT_Shorts, qnBinaryWriterItem::Plain);
 }
-bool qnBinaryWriter::xdr(int** array, unsigned count) { return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::Plain); }
+bool qnBinaryWriter::xdr(int** array, unsigned count) {
+    return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::Plain);
+}
 bool qnBinaryWriter::xdr(unsigned int** array, unsigned count) {
     return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::Plain);
 }
-bool qnBinaryWriter::xdr(long** array, unsigned count) { return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::Longs); }
+bool qnBinaryWriter::xdr(long** array, unsigned count) {
+    return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::Longs);
+}
 bool qnBinaryWriter::xdr(unsigned long** array, unsigned count) {
     return writePointer(*array, count, 4, qnBOT_Longs, qnBinaryWriterItem::UnsignedLongs);
 }
-bool qnBinaryWriter::xdr(float** array, unsigned count) { return writePointer(*array, count, 4, qnBOT_Floats, qnBinaryWriterItem::Plain); }
+bool qnBinaryWriter::xdr(float** array, unsigned count) {
+    return writePointer(*array, count, 4, qnBOT_Floats, qnBinaryWriterItem::Plain);
+}
 bool qnBinaryWriter::xdr(double** array, unsigned count) {
     return writePointer(*array, count, 8, qnBOT_Doubles, qnBinaryWriterItem::Plain);
 }
 
 bool qnBinaryWriter::xdr(char** string) {
+    MORVAQNDS_REQUIRE(*string != nullptr, "qnBinaryWriter::xdr: the string at %p is null", static_cast<void*>(string));
     // The length of no text is not looked for: it is a null pointer like any other.
     unsigned length = *string == nullptr ? 0 : static_cast<unsigned>(std::strlen(*string)) + 1;
     return writePointer(*string, length, 1, qnBOT_Bytes, qnBinaryWriterItem::Plain);

@@ -91,6 +91,7 @@ qnBinaryWriterItem* qnBinaryWriter::pop() {
 // Graphs
 
 bool qnBinaryWriter::writeObject(void* object, qnXDRObj* asXDRObj) {
+    MORVAQNDS_REQUIRE(object != nullptr && asXDRObj != nullptr, "qnBinaryWriter::writeObject: the root is null");
     queue(newObjectItem(object, asXDRObj->getTypeObj()));
     while (pendingItems.length() != 0) {
         qnBinaryWriterItem* item = pop();
@@ -117,8 +118,7 @@ bool qnBinaryWriter::writeArray(qnBinaryWriterItem& item) {
     pendingId = item.id;
     pendingByteCount = item.byteLength;
     switch (item.elements) {
-        case qnBinaryWriterItem::Longs:
-            return writeLongs(static_cast<const long*>(item.address), item.byteLength / 4);
+        case qnBinaryWriterItem::Longs: return writeLongs(static_cast<const long*>(item.address), item.byteLength / 4);
         case qnBinaryWriterItem::UnsignedLongs:
             return writeLongs(static_cast<const unsigned long*>(item.address), item.byteLength / 4);
         default: return writeBytes(static_cast<const char*>(item.address), item.byteLength);
@@ -174,6 +174,7 @@ bool qnBinaryWriter::xdr(void* pointerVariable, qnXDRObj* object, qnTypeObj&) {
     void* pointee;
     std::memcpy(&pointee, pointerVariable, sizeof pointee);
     if (pointee == nullptr) return writeNullPointer();
+    MORVAQNDS_REQUIRE(object != nullptr, "qnBinaryWriter::xdr: the pointer %p comes without its object", pointee);
     if (!flush()) return false;
     qnTypeObj& type = object->getTypeObj();
     unsigned long typeId;

@@ -12,6 +12,12 @@
 class qnReadSupport {
 public:
     /**
+     * Whether the transcriber has read support: it is told of blocks that move, and what it reads is a mere claim until
+     * it has arrived. Other transcribers get blocks that stay where they are, and each run in one call.
+     */
+    static bool isGivenBy(const qnTranscriber& transcriber) { return transcriber.readSupport_ != nullptr; }
+
+    /**
      * The next pointer to an array of chars is a string's text: the string owns the array alone and relies on a NUL at
      * its end.
      */

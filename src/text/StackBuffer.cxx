@@ -6,7 +6,9 @@
 #include "core/Heap.h"
 
 qnStackBuffer::qnStackBuffer(unsigned increment)
-    : next_(inline_), end_(inline_ + InlineSize), base_(inline_),
+    : next_(inline_),
+      end_(inline_ + InlineSize),
+      base_(inline_),
       increment_(increment == 0 ? unsigned(DefaultIncrement) : increment) {}
 
 qnStackBuffer::qnStackBuffer(const qnStackBuffer& other) : base_(inline_), increment_(DefaultIncrement) {
@@ -38,8 +40,8 @@ void qnStackBuffer::put(const char* p, unsigned n) {
 void qnStackBuffer::grow(unsigned n) {
     std::size_t usedBytes = used();
     std::size_t capacity = static_cast<std::size_t>(end_ - base_);
-    std::size_t size = heap::checkedSize(std::uint64_t(capacity) + (n > increment_ ? n : increment_),
-                                         "qnStackBuffer::grow");
+    std::size_t size =
+        heap::checkedSize(std::uint64_t(capacity) + (n > increment_ ? n : increment_), "qnStackBuffer::grow");
     if (base_ == inline_) {
         base_ = static_cast<char*>(heap::allocate(size, "qnStackBuffer::grow"));
         std::memcpy(base_, inline_, usedBytes);

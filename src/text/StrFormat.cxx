@@ -21,9 +21,20 @@ constexpr char Conversions[] = "idouxXfeEgGcspn%";
 /** What the estimate adds for a conversion other than that of a string. */
 unsigned estimateOf(char conversion) {
     switch (conversion) {
-        case 'e': case 'E': case 'f': case 'g': case 'G': return 20;
-        case 'd': case 'i': case 'o': case 'u': case 'x': case 'X': case 'p': return 10;
-        case 'c': case '%': return 1;
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'g':
+        case 'G': return 20;
+        case 'd':
+        case 'i':
+        case 'o':
+        case 'u':
+        case 'x':
+        case 'X':
+        case 'p': return 10;
+        case 'c':
+        case '%': return 1;
         default: return 0;
     }
 }
@@ -31,7 +42,8 @@ unsigned estimateOf(char conversion) {
 /** Walks the conversions of a format as `printf` understands them and takes their arguments. */
 class ArgumentWalk {
 public:
-    ArgumentWalk(const char* format, va_list arguments) : next_(format), conversion_(nullptr), lost_(false), length_(0) {
+    ArgumentWalk(const char* format, va_list arguments)
+        : next_(format), conversion_(nullptr), lost_(false), length_(0) {
         va_copy(arguments_, arguments);
     }
     ~ArgumentWalk() { va_end(arguments_); }
@@ -102,7 +114,8 @@ private:
             case 'q': size = Size::LongLong; return p + 1;
             case 'L': size = Size::LongDouble; return p + 1;
             case 'j': size = Size::IntMax; return p + 1;
-            case 'z': case 'Z': size = Size::SizeT; return p + 1;
+            case 'z':
+            case 'Z': size = Size::SizeT; return p + 1;
             case 't': size = Size::PtrDiff; return p + 1;
             default: return p;
         }
@@ -110,8 +123,20 @@ private:
 
     void take(char conversion, Size size, int precision) {
         switch (conversion) {
-            case 'd': case 'i': case 'o': case 'u': case 'x': case 'X': takeInteger(size); break;
-            case 'a': case 'A': case 'e': case 'E': case 'f': case 'F': case 'g': case 'G':
+            case 'd':
+            case 'i':
+            case 'o':
+            case 'u':
+            case 'x':
+            case 'X': takeInteger(size); break;
+            case 'a':
+            case 'A':
+            case 'e':
+            case 'E':
+            case 'f':
+            case 'F':
+            case 'g':
+            case 'G':
                 if (size == Size::LongDouble) {
                     va_arg(arguments_, long double);
                 } else {
@@ -127,8 +152,11 @@ private:
                 break;
             case 'C': va_arg(arguments_, std::wint_t); break;
             case 's': takeString(precision); break;
-            case 'S': case 'p': case 'n': va_arg(arguments_, void*); break;
-            case '%': case 'm': break;
+            case 'S':
+            case 'p':
+            case 'n': va_arg(arguments_, void*); break;
+            case '%':
+            case 'm': break;
             default: lost_ = true;  // what the C library makes of it is unknown
         }
     }
@@ -136,7 +164,8 @@ private:
     void takeInteger(Size size) {
         switch (size) {
             case Size::Long: va_arg(arguments_, long); break;
-            case Size::LongLong: case Size::LongDouble: va_arg(arguments_, long long); break;
+            case Size::LongLong:
+            case Size::LongDouble: va_arg(arguments_, long long); break;
             case Size::IntMax: va_arg(arguments_, std::intmax_t); break;
             case Size::SizeT: va_arg(arguments_, std::size_t); break;
             case Size::PtrDiff: va_arg(arguments_, std::ptrdiff_t); break;

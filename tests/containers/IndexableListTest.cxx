@@ -203,8 +203,8 @@ TEST(IndexableListTest, TheStaleLinksOfAFirstItemAreNotFollowed) {
     }
     qnIndexableList list;
     list.append(&item);
-    list.insert(&first);
     list.append(&last);
+    list.insert(&first);
     expectList(list, "fal");
 
     qnIndexableList single;
@@ -527,9 +527,21 @@ TEST(IndexableListTest, AppendBehindATailLeftBehindGoesRightBehindIt) {
     Letters letters("abc"), other("xy");
     letters.list.appendListAt(2, &other.list);
     letters.list.append(letters.add('d'));
-    EXPECT_EQ("abcd", chainText(letters.list.head));
+    // What was spliced in behind the old tail stays in the chain.
+    EXPECT_EQ("abcdxy", chainText(letters.list.head));
+    EXPECT_EQ(letters.at('d'), other.at('x')->prev);
     EXPECT_EQ(letters.at('d'), letters.list.tail);
     EXPECT_EQ(6, letters.list.count);
+}
+
+TEST(IndexableListTest, AppendListBehindATailLeftBehindGoesRightBehindIt) {
+    Letters letters("abc"), other("xy"), third("de");
+    letters.list.appendListAt(2, &other.list);
+    letters.list.appendList(&third.list);
+    EXPECT_EQ("abcdexy", chainText(letters.list.head));
+    EXPECT_EQ(third.at('e'), other.at('x')->prev);
+    EXPECT_EQ(third.at('e'), letters.list.tail);
+    EXPECT_EQ(7, letters.list.count);
 }
 
 TEST(IndexableListTest, AWalkBackFromATailLeftBehindEndsAtTheHead) {
@@ -606,13 +618,6 @@ TEST(IndexableListDeathTest, AChainThatRunsInACircleEndsTheProcess) {
                 "^qnIndexableList::qnIndexableList: the chain runs in a circle\n$");
 }
 
-TEST(IndexableListDeathTest, ASplitThatLeavesACircleEndsTheProcess) {
-    Letters letters("abcdefg");
-    letters.at('c')->next = letters.at('b');
-    EXPECT_EXIT(letters.list.split(letters.at('g')), testing::KilledBySignal(SIGABRT),
-                "^qnIndexableList::split: the chain runs in a circle\n$");
-}
-
 TEST(IndexableListDeathTest, MoreItemsThanACountCanHoldEndTheProcess) {
     Letters letters("ab"), other("c");
     letters.list.count = std::numeric_limits<int>::max();
@@ -623,6 +628,13 @@ TEST(IndexableListDeathTest, MoreItemsThanACountCanHoldEndTheProcess) {
 }
 
 #ifndef MORVAQNDS_CHECKED
+
+TEST(IndexableListDeathTest, ASplitThatLeavesACircleEndsTheProcess) {
+    Letters letters("abcdefg");
+    letters.at('c')->next = letters.at('b');
+    EXPECT_EXIT(letters.list.split(letters.at('g')), testing::KilledBySignal(SIGABRT),
+                "^qnIndexableList::split: the chain runs in a circle\n$");
+}
 
 TEST(IndexableListTest, NothingIsCheckedButNothingBreaksAtIndicesOutOfRange) {
     const long lowest = std::numeric_limits<long>::min();

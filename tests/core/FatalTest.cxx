@@ -1,6 +1,6 @@
-#include "Fatal.h"
-
 #include <gtest/gtest.h>
+
+#include "Fatal.h"
 
 namespace FatalTest {
 

@@ -1,10 +1,9 @@
-#include "GlobalOrder.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "Debug.h"
+#include "GlobalOrder.h"
 #include "OrderedGlobal.h"
 #include "Str.h"
 
@@ -74,6 +73,94 @@ TEST_F(Order, OneEntryIsSorted) {
     EXPECT_EQ("X", created());
 }
 
+TEST_F(Order, OneEntryIsNotAskedWhatItDependsOn) {
+    x.global.dependencies = reinterpret_cast<qnOrderedGlobal**>(8);  // must not be looked at
+    order.add(&x.global);
+    order.sort();
+    EXPECT_TRUE(order.sorted);
+}
+
+TEST_F(Order, FieldsAreTheFlagAndTheEntries) {
+    EXPECT_EQ(reinterpret_cast<char*>(&order), reinterpret_cast<char*>(&order.sorted));
+    EXPECT_EQ(reinterpret_cast<char*>(&order) + sizeof(void*), reinterpret_cast<char*>(&order.entries));
+}
+
+TEST_F(Order, MoreThanTenEntriesKeepTheirOrder) {
+    for (int i = 0; i < 5; ++i) {
+        order.add(&x.global);
+        order.add(&y.global);
+        order.add(&z.global);
+    }
+    EXPECT_EQ("XYZXYZXYZXYZXYZ", created());
+}
+
+TEST_F(Order, AnExchangeGoesOnWithTheNewOccupant) {
+    // Position 0: X gives way to Y, and Y, not X, is then asked about Z.
+    xNeeds[0] = &y.global;
+    xNeeds[1] = &z.global;
+    order.add(&x.global);
+    order.add(&y.global);
+    order.add(&z.global);
+    EXPECT_EQ("YZX", created());
+}
+
+TEST_F(Order, ADependencyRegisteredFirstStaysFirst) {
+    yNeeds[0] = &x.global;
+    zNeeds[0] = &y.global;
+    order.add(&x.global);
+    order.add(&y.global);
+    order.add(&z.global);
+    EXPECT_EQ("XYZ", created());
+}
+
+TEST_F(Order, ADependencyInAnotherOrderHasNoEffect) {
+    qnGlobalOrder other;
+    xNeeds[0] = &y.global;
+    other.add(&y.global);
+    order.add(&x.global);
+    order.add(&z.global);
+    EXPECT_EQ("XZ", created());
+}
+
+TEST_F(Order, CreatingASortedOrderDoesNotSortItAgain) {
+    order.add(&x.global);
+    order.add(&y.global);
+    order.sort();
+    xNeeds[0] = &y.global;
+    EXPECT_EQ("XY", created());
+}
+
+qnGlobalOrder* growing;
+qnOrderedGlobal* latecomer;
+void constructAndAdd() {
+    steps += 'A';
+    for (int i = 0; i < 20; ++i) growing->add(latecomer);
+    growing->sort();
+}
+
+TEST_F(Order, WhatAConstructFunctionAddsIsNotConstructedButDestroyed) {
+    // Z is sorted before X and Y once it is there, and they are constructed once all the same.
+    xNeeds[0] = yNeeds[0] = &z.global;
+    Loose adding(constructAndAdd, nullptr, nullptr);
+    growing = &order;
+    latecomer = &z.global;
+    order.add(&adding.global);
+    order.add(&x.global);
+    order.add(&y.global);
+    EXPECT_EQ("AXY", created());
+    steps.clear();
+    order.destroy();
+    EXPECT_EQ(22u, steps.size());
+}
+
+TEST_F(Order, DestroyingTheOrderItselfRunsNothing) {
+    {
+        qnGlobalOrder shortLived;
+        shortLived.add(&x.global);
+    }
+    EXPECT_EQ("", steps);
+}
+
 TEST_F(Order, ADependencyRegisteredLaterComesFirst) {
     xNeeds[0] = &y.global;
     order.add(&x.global);
@@ -91,8 +178,9 @@ TEST_F(Order, AChainRegisteredBackwardsIsTurnedRound) {
     EXPECT_EQ("ZYX", created());
 }
 
+// Deliberate: the pass is no topological sort, and programs rely on the order it gives.
 TEST_F(Order, ALinkFoundOnlyThroughAPositionPassedStaysOutOfOrder) {
-    // Deliberate: z depends on y and is constructed before it.
+    // z depends on y and is constructed before it.
     xNeeds[0] = &z.global;
     zNeeds[0] = &y.global;
     order.add(&x.global);

@@ -1,9 +1,9 @@
-#include "Identity.h"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
+
+#include "Identity.h"
 
 namespace IdentityTest {
 

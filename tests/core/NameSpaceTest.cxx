@@ -28,13 +28,9 @@ static_assert(offsetof(NameSpace::Node, right) == 4 && offsetof(NameSpace::Node,
 static_assert(offsetof(NameSpace::Node, hash) == 12 && offsetof(NameSpace::Node, name) == 16, "");
 #endif
 
-int internNothing(NameSpace*) {
-    return 0;
-}
+int internNothing(NameSpace*) { return 0; }
 
-unsigned lengthOf(const char* name) {
-    return static_cast<unsigned>(std::strlen(name));
-}
+unsigned lengthOf(const char* name) { return static_cast<unsigned>(std::strlen(name)); }
 
 /** Creates `name` with a number of the caller's. */
 unsigned long number(NameSpace& names, unsigned long atom, const char* name) {
@@ -88,9 +84,7 @@ TEST(NameSpaceTest, WhileItIsInitialisedTheNameSpaceNumbersTheAtomsAndNothingIsD
 const char* const staticName = "static";
 char ownText[] = "own text";
 
-int internStatic(NameSpace* names) {
-    return names->makeAtom(staticName, 1) == 1 ? 0 : 1;
-}
+int internStatic(NameSpace* names) { return names->makeAtom(staticName, 1) == 1 ? 0 : 1; }
 
 TEST(NameSpaceTest, NamesOfTheInitialisationFunctionAreKeptByPointerAndNotFreed) {
     {

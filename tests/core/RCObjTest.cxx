@@ -1,7 +1,6 @@
-#include "RCObj.h"
-
 #include <gtest/gtest.h>
 
+#include "RCObj.h"
 #include "Rptr.h"
 
 namespace RCObjTest {

@@ -1,51 +1,183 @@
-#include "TypeObj.h"
-
 #include <gtest/gtest.h>
+
+#include <cstddef>
 
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
 #include "StrStrDictionary.h"
+#include "TypeObj.h"
 #include "VoidPtrDict.h"
 #include "XDRObj.h"
-#include "BinaryWriter.h"
-#include "support/MemoryStream.h"
 
 namespace TypeObjTest {
 
-TEST(TypeObj, KnowsTheLibrarysClassesByName) {
-    EXPECT_EQ(&qnXDRObj_type, qnTypeObj::findType("qnXDRObj"));
-    EXPECT_EQ(&qnStr_type, qnTypeObj::findType("qnStr"));
-    EXPECT_EQ(&qnArray_type, qnTypeObj::findType("qnArray"));
-    EXPECT_EQ(&qnDictionary_type, qnTypeObj::findType("qnDictionary"));
-    EXPECT_EQ(&qnStrStrDictionary_type, qnTypeObj::findType("DICT"));
-    qnStr name("DICT");
-    EXPECT_EQ(&qnStrStrDictionary_type, qnTypeObj::findType(name));
-    EXPECT_EQ(nullptr, qnTypeObj::findType("dict"));
-    EXPECT_EQ(nullptr, qnTypeObj::findType(""));
+void* make(qnTypeObj&) {
+    return nullptr;
+}
+void destroy(void*) {}
+bool transcribe(void*, qnTranscriber&) {
+    return true;
 }
 
-TEST(TypeObj, ArrayAnswersWithTheOneRegisteredLast) {
-    // Deliberate: eleven classes share the name.
-    EXPECT_EQ(&qnStrArray_type, qnTypeObj::findType("ARRAY"));
+/** For the time of a test the registry is as it was before anything was registered. */
+class EmptyRegistry : public testing::Test {
+protected:
+    EmptyRegistry() : saved_(qnTypeObj::knownTypes) { qnTypeObj::knownTypes = nullptr; }
+    ~EmptyRegistry() override {
+        delete qnTypeObj::knownTypes;
+        qnTypeObj::knownTypes = saved_;
+    }
+
+private:
+    qnVoidPtrDict* saved_;
+};
+
+#if UINTPTR_MAX == 0xFFFFFFFF
+static_assert(sizeof(qnTypeObj) == 20, "a type object is five words");
+#endif
+static_assert(offsetof(qnTypeObj, name) == 0, "the name comes first");
+static_assert(offsetof(qnTypeObj, version) == sizeof(void*), "the version comes second");
+static_assert(offsetof(qnTypeObj, newInstance) == 2 * sizeof(void*), "the factory comes third");
+static_assert(offsetof(qnTypeObj, deleteInstance) == 3 * sizeof(void*), "the deleter comes fourth");
+static_assert(offsetof(qnTypeObj, xdr) == 4 * sizeof(void*), "the transcribing function comes last");
+
+TEST_F(EmptyRegistry, LookupBeforeAnyRegistrationIsNullAndMakesNoRegistry) {
+    EXPECT_EQ(qnTypeObj::findType("qnStr"), nullptr);
+    qnStr name("qnStr");
+    EXPECT_EQ(qnTypeObj::findType(name), nullptr);
+    EXPECT_EQ(qnTypeObj::knownTypes, nullptr);
+}
+
+TEST_F(EmptyRegistry, FirstRegistrationMakesTheRegistryWithTheDefaultSize) {
+    qnTypeObj type("First", 1, make, destroy, transcribe);
+    ASSERT_NE(qnTypeObj::knownTypes, nullptr);
+    EXPECT_EQ(qnTypeObj::knownTypes->buckets.length(), 31u);
+    EXPECT_EQ(qnTypeObj::knownTypes->count, 1u);
+    EXPECT_EQ(qnTypeObj::findType("First"), &type);
+    qnStr name("First");
+    EXPECT_EQ(*static_cast<void**>(qnTypeObj::knownTypes->find(&name, nullptr)), &type);
+}
+
+TEST_F(EmptyRegistry, ConstructorStoresTheFieldsAndKeepsTheNameByPointer) {
+    const char* name = "Stored";
+    qnTypeObj type(name, 77, make, destroy, transcribe);
+    EXPECT_EQ(type.name, name);
+    EXPECT_EQ(type.version, 77u);
+    EXPECT_EQ(type.newInstance, make);
+    EXPECT_EQ(type.deleteInstance, destroy);
+    EXPECT_EQ(type.xdr, transcribe);
+}
+
+TEST_F(EmptyRegistry, FactoriesMayBeNull) {
+    qnTypeObj type("Abstract", 1, nullptr, nullptr, transcribe);
+    EXPECT_EQ(type.newInstance, nullptr);
+    EXPECT_EQ(type.deleteInstance, nullptr);
+    EXPECT_EQ(qnTypeObj::findType("Abstract"), &type);
+}
+
+// Deliberate: the last one wins without a message; "ARRAY" relies on it.
+TEST_F(EmptyRegistry, SecondTypeOfANameReplacesTheFirstSilently) {
+    testing::internal::CaptureStderr();
+    qnTypeObj first("Twice", 1, make, destroy, transcribe), second("Twice", 2, nullptr, nullptr, transcribe);
+    EXPECT_EQ(qnTypeObj::findType("Twice"), &second);
+    EXPECT_EQ(qnTypeObj::knownTypes->count, 1u);
+    EXPECT_EQ(first.version, 1u);
+    qnTypeObj::registerType(&first);
+    EXPECT_EQ(qnTypeObj::findType("Twice"), &first) << "registering again wins again";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(EmptyRegistry, UnknownNameGivesNullSilently) {
+    qnTypeObj type("Known", 1, make, destroy, transcribe);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(qnTypeObj::findType("Unknown"), nullptr);
+    EXPECT_EQ(qnTypeObj::findType(""), nullptr);
+    EXPECT_EQ(qnTypeObj::findType(static_cast<const char*>(nullptr)), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(qnTypeObj::knownTypes->count, 1u) << "looking up makes no entry";
+}
+
+TEST_F(EmptyRegistry, NamesThatHashAlikeAreToldApart) {
+    qnTypeObj first("abcdefgh1", 1, make, destroy, transcribe), second("abcdefgh2", 1, make, destroy, transcribe);
+    EXPECT_EQ(qnTypeObj::findType("abcdefgh1"), &first);
+    EXPECT_EQ(qnTypeObj::findType("abcdefgh2"), &second);
+}
+
+TEST_F(EmptyRegistry, LookupByStringAndByTextAgree) {
+    qnTypeObj type("Same", 1, make, destroy, transcribe);
+    qnStr name("Same");
+    EXPECT_EQ(qnTypeObj::findType(name), &type);
+    EXPECT_EQ(name, "Same");
+}
+
+// The library's own
+
+struct Row {
+    qnTypeObj* type;
+    const char* name;
+    bool factories;
+};
+
+class LibraryTypes : public testing::TestWithParam<Row> {};
+
+TEST_P(LibraryTypes, HasItsNameVersionOneAndItsFactories) {
+    const Row& row = GetParam();
+    EXPECT_STREQ(row.type->name, row.name);
+    EXPECT_EQ(row.type->version, 1u);
+    EXPECT_EQ(row.type->newInstance != nullptr, row.factories);
+    EXPECT_EQ(row.type->deleteInstance != nullptr, row.factories);
+    EXPECT_NE(row.type->xdr, nullptr);
+}
+
+TEST_P(LibraryTypes, DestroysWhatItMakesAndIgnoresNull) {
+    const Row& row = GetParam();
+    if (!row.factories) return;
+    void* made = row.type->newInstance(*row.type);
+    ASSERT_NE(made, nullptr);
+    row.type->deleteInstance(made);
+    row.type->deleteInstance(nullptr);
+}
+
+const Row rows[] = {{&qnXDRObj_type, "qnXDRObj", true},          {&qnStr_type, "qnStr", true},
+                    {&qnArray_type, "qnArray", false},           {&qnDictionary_type, "qnDictionary", false},
+                    {&qnBoolArray_type, "ARRAY", true},          {&qnCharArray_type, "ARRAY", true},
+                    {&qnShortArray_type, "ARRAY", true},         {&qnIntArray_type, "ARRAY", true},
+                    {&qnLongArray_type, "ARRAY", true},          {&qnFloatArray_type, "ARRAY", true},
+                    {&qnDoubleArray_type, "ARRAY", true},        {&qnUnsignedCharArray_type, "ARRAY", true},
+                    {&qnUnsignedShortArray_type, "ARRAY", true}, {&qnUnsignedLongArray_type, "ARRAY", true},
+                    {&qnStrArray_type, "ARRAY", true},           {&qnStrStrDictionary_type, "DICT", true}};
+
+INSTANTIATE_TEST_SUITE_P(EachRow, LibraryTypes, testing::ValuesIn(rows));
+
+TEST(TypeObj, NamesFindTheLibrarysTypes) {
+    EXPECT_EQ(qnTypeObj::findType("qnXDRObj"), &qnXDRObj_type);
+    EXPECT_EQ(qnTypeObj::findType("qnStr"), &qnStr_type);
+    EXPECT_EQ(qnTypeObj::findType("qnArray"), &qnArray_type);
+    EXPECT_EQ(qnTypeObj::findType("qnDictionary"), &qnDictionary_type);
+    EXPECT_EQ(qnTypeObj::findType("DICT"), &qnStrStrDictionary_type);
+    EXPECT_EQ(qnTypeObj::findType("qnStrStrDictionary"), nullptr) << "not always the class's name";
+}
+
+// Deliberate: eleven classes share a name, and the registry keeps the last of them.
+TEST(TypeObj, ArrayFindsTheStringArraysTypeWhichIsRegisteredLast) {
+    EXPECT_EQ(qnTypeObj::findType("ARRAY"), &qnStrArray_type);
 }
 
 template <class Array>
 void expectOwnType(qnTypeObj& type) {
     Array array;
-    EXPECT_EQ(&type, &array.getTypeObj());
-    EXPECT_STREQ("ARRAY", type.name);
-    EXPECT_EQ(1u, type.version);
-    EXPECT_STREQ("ARRAY", array.className());
-    void* made = type.newInstance(type);
-    ASSERT_NE(nullptr, made);
-    EXPECT_EQ(0u, static_cast<Array*>(made)->length());
-    EXPECT_EQ(array.elementSize, static_cast<Array*>(made)->elementSize);
+    EXPECT_EQ(&array.getTypeObj(), &type);
+    EXPECT_STREQ(array.className(), "ARRAY");
+    Array* made = static_cast<Array*>(type.newInstance(type));
+    EXPECT_EQ(&made->getTypeObj(), &type);
+    EXPECT_EQ(made->refCount, 0u);
+    EXPECT_EQ(made->length(), 0u);
+    EXPECT_EQ(made->elementSize, array.elementSize);
     type.deleteInstance(made);
-    type.deleteInstance(nullptr);
 }
 
-TEST(TypeObj, EachTypedArrayHasItsOwn) {
+TEST(TypeObj, EachTypedArrayStillAnswersWithItsOwn) {
     expectOwnType<qnBoolArray>(qnBoolArray_type);
     expectOwnType<qnCharArray>(qnCharArray_type);
     expectOwnType<qnShortArray>(qnShortArray_type);
@@ -59,66 +191,12 @@ TEST(TypeObj, EachTypedArrayHasItsOwn) {
     expectOwnType<qnStrArray>(qnStrArray_type);
 }
 
-TEST(TypeObj, AbstractClassesHaveNoFactories) {
-    for (qnTypeObj* type : {&qnArray_type, &qnDictionary_type}) {
-        EXPECT_EQ(nullptr, type->newInstance);
-        EXPECT_EQ(nullptr, type->deleteInstance);
-        EXPECT_NE(nullptr, type->xdr);
-        EXPECT_EQ(1u, type->version);
-    }
-}
-
-TEST(TypeObj, WithoutARegistryNothingIsFoundAndNoneIsMade) {
-    qnVoidPtrDict* registry = qnTypeObj::knownTypes;
-    qnTypeObj::knownTypes = nullptr;
-    EXPECT_EQ(nullptr, qnTypeObj::findType("qnStr"));
-    qnStr name("qnStr");
-    EXPECT_EQ(nullptr, qnTypeObj::findType(name));
-    EXPECT_EQ(nullptr, qnTypeObj::knownTypes);
-    static qnTypeObj type("first", 3, nullptr, nullptr, nullptr);
-    ASSERT_NE(nullptr, qnTypeObj::knownTypes);
-    EXPECT_EQ(31u, qnTypeObj::knownTypes->buckets.length());
-    EXPECT_EQ(&type, qnTypeObj::findType("first"));
-    EXPECT_EQ(3u, type.version);
-    delete qnTypeObj::knownTypes;
-    qnTypeObj::knownTypes = registry;
-}
-
-TEST(TypeObj, ALaterRegistrationReplacesAnEarlierOneSilently) {
-    static qnTypeObj a("TypeObjTest.Same", 1, nullptr, nullptr, nullptr);
-    static const char name[] = "TypeObjTest.Same";
-    static qnTypeObj b(name, 2, nullptr, nullptr, nullptr);
-    EXPECT_EQ(&b, qnTypeObj::findType("TypeObjTest.Same"));
-    EXPECT_EQ(name, b.name) << "kept by pointer";
-    qnTypeObj::registerType(&a);
-    EXPECT_EQ(&a, qnTypeObj::findType("TypeObjTest.Same"));
-}
-
-TEST(XDRObj, TheRootDoesNothingSuccessfully) {
-    void* made = qnXDRObj::newInstance(qnXDRObj_type);
-    qnXDRObj* object = static_cast<qnXDRObj*>(made);
-    EXPECT_STREQ("qnXDRObj", object->className());
-    EXPECT_EQ(0u, object->refCount);
-    EXPECT_EQ(&qnXDRObj_type, &object->getTypeObj());
-    MemoryStream stream;
-    qnRetain(&stream);
-    qnBinaryWriter writer(&stream);
-    EXPECT_TRUE(object->xdr(writer));
-    EXPECT_TRUE(qnXDRObj::xdr(made, writer));
-    EXPECT_FALSE(object->xdrFail(writer, nullptr));
-    object->xdrSuccess(writer);
-    EXPECT_TRUE(stream.output.empty());
-    qnXDRObj::deleteInstance(made);
-    qnXDRObj::deleteInstance(nullptr);
-}
-
-TEST(Str, FactoryMadeStringsAreEmpty) {
-    void* made = qnStr::newInstance(qnStr_type);
-    EXPECT_EQ(&qnStr::emptyString, static_cast<qnStr*>(made)->text());
-    EXPECT_EQ(0u, static_cast<qnStr*>(made)->length());
-    EXPECT_EQ(&qnStr_type, &static_cast<qnStr*>(made)->getTypeObj());
-    qnStr::deleteInstance(made);
-    qnStr::deleteInstance(nullptr);
+TEST(TypeObj, FactoryMadeStringsAreEmpty) {
+    qnStr* made = static_cast<qnStr*>(qnStr_type.newInstance(qnStr_type));
+    EXPECT_EQ(made->text(), &qnStr::emptyString);
+    EXPECT_EQ(made->length(), 0u);
+    EXPECT_EQ(&made->getTypeObj(), &qnStr_type);
+    qnStr_type.deleteInstance(made);
 }
 
 }  // namespace TypeObjTest

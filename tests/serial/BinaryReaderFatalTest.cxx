@@ -43,7 +43,8 @@ TEST(BinaryReaderDeathTest, UnknownShortOrderingShowsTheLongMark) {
 
 TEST(BinaryReaderDeathTest, MarksArePrintedAs32Bits) {
     EXPECT_FATAL(qnBinaryReader(new MemoryStream, 1, -2, "ieee"), "qnBinaryReader: unknown short ordering fffffffe");
-    EXPECT_FATAL(qnBinaryReader(new MemoryStream, 0x1122, -2, "ieee"), "qnBinaryReader: unknown long ordering fffffffe");
+    EXPECT_FATAL(qnBinaryReader(new MemoryStream, 0x1122, -2, "ieee"),
+                 "qnBinaryReader: unknown long ordering fffffffe");
 }
 
 TEST(BinaryReaderDeathTest, UnknownLongOrdering) {
@@ -87,8 +88,7 @@ TEST(BinaryReaderDeathTest, RootsThatAreNoInstances) {
 }
 
 TEST(BinaryReaderDeathTest, AnotherVersion) {
-    EXPECT_FATAL(read(Bytes::type(2, "Probe").u8(0x0A).u32(1).u32(2).u32(2)),
-                 "XXX version error handling is missing");
+    EXPECT_FATAL(read(Bytes::type(2, "Probe").u8(0x0A).u32(1).u32(2).u32(2)), "XXX version error handling is missing");
 }
 
 TEST(BinaryReaderDeathTest, AnInstanceThatCannotBeReadToItsEnd) {
@@ -99,16 +99,18 @@ TEST(BinaryReaderDeathTest, AnInstanceThatCannotBeReadToItsEnd) {
 TEST(BinaryReaderDeathTest, TypeIdsThatNameNothingAnObjectAnArrayOrABase) {
     EXPECT_FATAL(read(Bytes().u8(0x0A).u32(1).u32(7).u32(1)), "XXX baddest news");
     EXPECT_FATAL(read(root().u8(0x0B).u32(3).u32(0).u8(0x0A).u32(3).u32(1).u32(1), objectPointer), "XXX baddest news");
-    EXPECT_FATAL(read(root().u8(0x0B).u32(3).u32(0).u8(0x45).u8(4).u32(9).u32(4).raw("wxyz").u8(0x0A).u32(3).u32(9).u32(1),
-                      objectPointer),
-                 "XXX baddest news");
+    EXPECT_FATAL(
+        read(root().u8(0x0B).u32(3).u32(0).u8(0x45).u8(4).u32(9).u32(4).raw("wxyz").u8(0x0A).u32(3).u32(9).u32(1),
+             objectPointer),
+        "XXX baddest news");
 }
 
 TEST(BinaryReaderDeathTest, ATypeIdThatAnObjectOverwrote) {
     // The instance takes the id of its own type; the next instance finds no type there.
-    EXPECT_FATAL(read(Bytes::type(2, "Probe").u8(0x0A).u32(2).u32(2).u32(1).u8(0x0B).u32(3).u32(0).u8(0x0A).u32(3).u32(2).u32(1),
-                      objectPointer),
-                 "XXX baddest news");
+    EXPECT_FATAL(
+        read(Bytes::type(2, "Probe").u8(0x0A).u32(2).u32(2).u32(1).u8(0x0B).u32(3).u32(0).u8(0x0A).u32(3).u32(2).u32(1),
+             objectPointer),
+        "XXX baddest news");
 }
 
 TEST(BinaryReaderDeathTest, TypesThatCannotBeMade) {
@@ -150,7 +152,8 @@ TEST(BinaryReaderDeathTest, ArrayPointersToTypesAndObjects) {
 }
 
 TEST(BinaryReaderDeathTest, ArraysShorterThanTheirVariableExpects) {
-    EXPECT_FATAL(read(root().u8(0x03).u32(3).u32(4).u8(0x45).u8(3).u32(3).u32(3).raw("abc"), fourChars), "format error");
+    EXPECT_FATAL(read(root().u8(0x03).u32(3).u32(4).u8(0x45).u8(3).u32(3).u32(3).raw("abc"), fourChars),
+                 "format error");
 }
 
 TEST(BinaryReaderDeathTest, TextWithoutItsEnd) {
@@ -160,8 +163,9 @@ TEST(BinaryReaderDeathTest, TextWithoutItsEnd) {
 
 TEST(BinaryReaderDeathTest, StringsWithoutLengthEndOrEnoughText) {
     EXPECT_FATAL(read(root(4).u32(0), string), "format error");
-    EXPECT_FATAL(read(root(4).u32(4).u8(0x03).u32(3).u32(4).u8(0x45).u8(3).u32(3).u32(3).raw(std::string("ab\0", 3)), string),
-                 "format error");
+    EXPECT_FATAL(
+        read(root(4).u32(4).u8(0x03).u32(3).u32(4).u8(0x45).u8(3).u32(3).u32(3).raw(std::string("ab\0", 3)), string),
+        "format error");
     EXPECT_FATAL(read(root(4).u32(3).u8(0x03).u32(3).u32(3).u8(0x45).u8(3).u32(3).u32(3).raw("abc"), string),
                  "format error");
     EXPECT_FATAL(read(root(4).u32(0xFFFFFFFF).u8(0x03).u32(3).u32(3).u8(0x45).u8(3).u32(3).u32(3).raw("abc"), string),
@@ -230,7 +234,8 @@ TEST(BinaryReaderDeathTest, ArraysWithAnotherElementSizeOrHalfElements) {
     EXPECT_FATAL(read(root(6).u32(8).u16(16), intoArray<qnStrArray>), "format error");
     EXPECT_FATAL(read(root(6).u32(12).u16(8), intoArray<qnStrArray>), "format error");
     // A number array that was written under the shared name is read as a string array.
-    EXPECT_FATAL(read(Bytes::type(2, "ARRAY").u8(0x4A).u8(10).u32(1).u32(2).u32(1).u32(4).u16(4).u32(7)), "format error");
+    EXPECT_FATAL(read(Bytes::type(2, "ARRAY").u8(0x4A).u8(10).u32(1).u32(2).u32(1).u32(4).u16(4).u32(7)),
+                 "format error");
 }
 
 TEST(BinaryReaderDeathTest, ArraysThatClaimFourGigabytesEndWithTheInput) {

@@ -1,7 +1,6 @@
-#include "BinaryReader.h"
-
 #include <gtest/gtest.h>
 
+#include "BinaryReader.h"
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
 #include "StackBuffer.h"
@@ -19,9 +18,12 @@ class Reading : public testing::Test {
 protected:
     explicit Reading(short shortMark = 0x1122, long longMark = 0x33445566)
         : stream(new MemoryStream), reader(stream, shortMark, longMark, "ieee") {}
-    ~Reading() override { Probe::onRead() = [](qnTranscriber&, Probe&) { return true; }; }
+    ~Reading() override {
+        Probe::onRead() = [](qnTranscriber&, Probe&) { return true; };
+    }
 
-    Probe* read(const Bytes& records, Probe::Body body = [](qnTranscriber&, Probe&) { return true; }) {
+    Probe* read(
+        const Bytes& records, Probe::Body body = [](qnTranscriber&, Probe&) { return true; }) {
         Probe::onRead() = body;
         stream->input += records.str();
         return static_cast<Probe*>(reader.readObject(Probe::type()));
@@ -158,12 +160,12 @@ TEST_F(Reading, TheUnreadRestOfALongRecordIsSkipped) {
 // Object pointers. The reader takes two words for kinds 4 and 11 to 14.
 
 TEST_F(Reading, ANewPointerIsPatchedWhenItsObjectArrives) {
-    Probe* root1 = read(root(0).u8(0x0B).u32(3).u32(0xABAB).u8(0x01) + instance(3).u8(0x01).u8(0x01),
-                        [](qnTranscriber& t, Probe& self) {
-                            self.second = &self;
-                            return t.xdr(&self.first, nullptr, Probe::type()) &&
-                                   t.xdr(&self.second, nullptr, Probe::type());
-                        });
+    Probe* root1 =
+        read(root(0).u8(0x0B).u32(3).u32(0xABAB).u8(0x01) + instance(3).u8(0x01).u8(0x01),
+             [](qnTranscriber& t, Probe& self) {
+                 self.second = &self;
+                 return t.xdr(&self.first, nullptr, Probe::type()) && t.xdr(&self.second, nullptr, Probe::type());
+             });
     ASSERT_NE(nullptr, root1);
     ASSERT_NE(nullptr, root1->first);
     EXPECT_EQ(reader.alreadyRead(3), root1->first);
@@ -227,9 +229,8 @@ TEST_F(Reading, AnArrayIsPatchedIntoItsVariableWhenItArrives) {
 
 TEST_F(Reading, ASharedArrayHasOneAddress) {
     Bytes records = root(0).u8(0x03).u32(3).u32(4).u8(0x04).u32(3).u32(0).u8(0x45).u8(4).u32(3).u32(4).raw("wxyz");
-    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
-        return t.xdr(&self.chars, 4) && t.xdr(&self.moreChars, 4);
-    });
+    Probe* root1 =
+        read(records, [](qnTranscriber& t, Probe& self) { return t.xdr(&self.chars, 4) && t.xdr(&self.moreChars, 4); });
     ASSERT_NE(nullptr, root1);
     EXPECT_EQ(root1->chars, root1->moreChars);
     EXPECT_EQ("wxyz", std::string(root1->chars, 4));
@@ -261,9 +262,8 @@ TEST_F(Reading, AnArrayThatArrivesBeforeItsPointerIsWidenedForTheFirstThatWantsI
     stream->input = Bytes().u8(0x47).u8(4).u32(3).u32(4).u32(0xFFFFFFFE).str();
     void* array = reader.readObject(Probe::type());
     EXPECT_EQ(array, reader.alreadyRead(3));
-    Probe* root1 = read(root(0).u8(0x04).u32(3).u32(0), [](qnTranscriber& t, Probe& self) {
-        return t.xdr(&self.longs, 1);
-    });
+    Probe* root1 =
+        read(root(0).u8(0x04).u32(3).u32(0), [](qnTranscriber& t, Probe& self) { return t.xdr(&self.longs, 1); });
     ASSERT_NE(nullptr, root1);
     EXPECT_EQ(-2, root1->longs[0]);
     EXPECT_EQ(root1->longs, reader.alreadyRead(3));
@@ -283,9 +283,8 @@ TEST_F(Reading, AnArrayOfNothingHasAnAddress) {
 TEST_F(Reading, ALargeArrayGrowsAsItArrives) {
     Bytes records = root(0).u8(0x03).u32(3).u32(200000).u8(0xC6).u32(200000).u32(3).u32(200000);
     for (unsigned i = 0; i < 100000; ++i) records.u16(i);
-    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
-        return t.xdr(reinterpret_cast<short**>(&self.chars), 100000);
-    });
+    Probe* root1 = read(
+        records, [](qnTranscriber& t, Probe& self) { return t.xdr(reinterpret_cast<short**>(&self.chars), 100000); });
     ASSERT_NE(nullptr, root1);
     const unsigned short* values = reinterpret_cast<unsigned short*>(root1->chars);
     for (unsigned i = 0; i < 100000; ++i) ASSERT_EQ(static_cast<unsigned short>(i), values[i]);
@@ -299,7 +298,9 @@ TEST_F(Reading, AClaimOfFourGigabytesIsNotBelieved) {
         made = &self;
         return t.xdr(&self.chars, 4);
     };
-    EXPECT_EQ(nullptr, read(root(0).u8(0x03).u32(3).u32(0xFFFFFFFF).u8(0xC5).u32(0xFFFFFFF0).u32(3).u32(0xFFFFFFFF).raw("abc"), body));
+    EXPECT_EQ(
+        nullptr,
+        read(root(0).u8(0x03).u32(3).u32(0xFFFFFFFF).u8(0xC5).u32(0xFFFFFFF0).u32(3).u32(0xFFFFFFFF).raw("abc"), body));
     delete made;
 }
 
@@ -338,7 +339,22 @@ TEST_F(Reading, ABasePartIsReadOnceAndReferredToAfterwards) {
 
 TEST_F(Reading, StringsAreCompleteWhenTheGraphIs) {
     qnStr* text = nullptr;
-    stream->input = (Bytes::type(2, "qnStr").u8(0x4A).u8(4).u32(1).u32(2).u32(1).u32(3).u8(0x03).u32(3).u32(3).u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3))).str();
+    stream->input = (Bytes::type(2, "qnStr")
+                         .u8(0x4A)
+                         .u8(4)
+                         .u32(1)
+                         .u32(2)
+                         .u32(1)
+                         .u32(3)
+                         .u8(0x03)
+                         .u32(3)
+                         .u32(3)
+                         .u8(0x45)
+                         .u8(3)
+                         .u32(3)
+                         .u32(3)
+                         .raw(std::string("hi\0", 3)))
+                        .str();
     text = static_cast<qnStr*>(reader.readObject(qnStr_type));
     ASSERT_NE(nullptr, text);
     EXPECT_TRUE(*text == "hi");
@@ -386,9 +402,8 @@ TEST_F(Reading, ReadingIntoAStringReleasesWhatItHad) {
 
 TEST_F(Reading, WithoutResetASecondGraphKnowsTheFirst) {
     Probe* root1 = read(root(0));
-    Probe* root2 = read(instance(3).u8(0x0C).u32(1).u32(0), [](qnTranscriber& t, Probe& self) {
-        return t.xdr(&self.first, nullptr, Probe::type());
-    });
+    Probe* root2 = read(instance(3).u8(0x0C).u32(1).u32(0),
+                        [](qnTranscriber& t, Probe& self) { return t.xdr(&self.first, nullptr, Probe::type()); });
     ASSERT_NE(nullptr, root2);
     EXPECT_EQ(root1, root2->first);
     delete root2;
@@ -502,7 +517,8 @@ protected:
 };
 
 TEST_F(Swapping, ShortsAreSwappedAndLongsReversedAndFloatingPointIsCopied) {
-    Bytes data = Bytes().raw(std::string("\x00\x01\xFF\xFE", 4)).raw(std::string("\x00\x00\x00\x02\xFF\xFF\xFF\xFE", 8));
+    Bytes data =
+        Bytes().raw(std::string("\x00\x01\xFF\xFE", 4)).raw(std::string("\x00\x00\x00\x02\xFF\xFF\xFF\xFE", 8));
     data.f32(1.5f).f64(-2.5);
     // Read as the other order has them: on this machine the swapped units give these values.
     Probe* root1 = read(root(24) + data, [](qnTranscriber& t, Probe&) {
@@ -545,9 +561,7 @@ TEST_F(Swapping, LongsAreReversedAndThenExtended) {
 TEST_F(Swapping, ABlockThatIsNoMultipleOfTheUnitKeepsItsRest) {
     Bytes records = root(0).u8(0x03).u32(3).u32(5).u8(0x46).u8(5).u32(3).u32(5).raw("abcde");
     records.u8(0x47).u8(7).u32(4).u32(7).raw("ABCDEFG");
-    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
-        return t.xdr(&self.chars, 5);
-    });
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) { return t.xdr(&self.chars, 5); });
     ASSERT_NE(nullptr, root1);
     EXPECT_EQ("badce", std::string(root1->chars, 5));
     char* longs = static_cast<char*>(reader.readObject(Probe::type()));

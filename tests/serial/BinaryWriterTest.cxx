@@ -1,7 +1,7 @@
-#include "BinaryWriter.h"
-
 #include <gtest/gtest.h>
 
+#include "BinaryReader.h"
+#include "BinaryWriter.h"
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
@@ -138,9 +138,8 @@ TEST_F(Writing, TheSameBytesInSmallPiecesGiveTheSameRecords) {
 // Pointers
 
 TEST_F(Writing, ANullObjectPointerIsARecordWithoutPayload) {
-    EXPECT_EQ(hex(root(0).u8(0x01).str()), hex(graph([](qnTranscriber& t, Probe& self) {
-                  return t.xdr(&self.first, self.first, Probe::type());
-              })));
+    EXPECT_EQ(hex(root(0).u8(0x01).str()),
+              hex(graph([](qnTranscriber& t, Probe& self) { return t.xdr(&self.first, self.first, Probe::type()); })));
 }
 
 TEST_F(Writing, TwoPointersToOneObjectAreOneNewOneOldAndOneInstance) {
@@ -205,8 +204,7 @@ qnTypeObj& Sample::getTypeObj() const { return Sample_type; }
 TEST_F(Writing, ATypeFirstMetThroughAPointerStandsBeforeThePointerRecord) {
     Sample sample;
     qnXDRObj* pointer = &sample;
-    std::string written =
-        graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, pointer, Sample_type); });
+    std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, pointer, Sample_type); });
     Bytes expected = root(0) + Bytes::type(3, "Sample").u8(0x0B).u32(4).u8(0x0A).u32(4).u32(3).u32(5);
     EXPECT_EQ(hex(expected.str()), hex(written));
 }
@@ -230,14 +228,14 @@ TEST_F(Writing, ANewPrimitiveArrayIsAPointerAndItsContentsLater) {
     double values[] = {1.0, 2.0};
     double* pointer = values;
     std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 2); });
-    EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(16).u8(0x49).u8(16).u32(3).u32(16).f64(1.0).f64(2.0).str()), hex(written));
+    EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(16).u8(0x49).u8(16).u32(3).u32(16).f64(1.0).f64(2.0).str()),
+              hex(written));
 }
 
 TEST_F(Writing, ARepeatedPrimitiveArrayIsAnOldPointer) {
     short values[] = {1, 2, 3};
     short* pointer = values;
-    std::string written =
-        graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 3) && t.xdr(&pointer, 3); });
+    std::string written = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 3) && t.xdr(&pointer, 3); });
     Bytes expected = root(0).u8(0x03).u32(3).u32(6).u8(0x04).u32(3);
     expected.u8(0x46).u8(6).u32(3).u32(6).u16(1).u16(2).u16(3);
     EXPECT_EQ(hex(expected.str()), hex(written));
@@ -321,9 +319,8 @@ TEST_F(Writing, ABasePartIsWrittenOnceAndReferredToAfterwards) {
 }
 
 TEST_F(Writing, ABaseAtTheObjectsOwnAddressIsNotWritten) {
-    EXPECT_EQ(hex(root(0).str()), hex(graph([&](qnTranscriber& t, Probe& self) {
-                  return t.xdr(qnXDRObj_type, &self, &self);
-              })));
+    EXPECT_EQ(hex(root(0).str()),
+              hex(graph([&](qnTranscriber& t, Probe& self) { return t.xdr(qnXDRObj_type, &self, &self); })));
 }
 
 // Strings, arrays, dictionaries
@@ -474,10 +471,27 @@ TEST_F(Writing, AnArrayOfLongsThatDoNotFitIsRefusedWhenItsTurnComes) {
     EXPECT_EQ(hex(root(0).u8(0x03).u32(3).u32(4).str()), hex(stream.output));
 }
 
+#ifdef MORVAQNDS_CHECKED
+TEST_F(Writing, CallerErrorsAreFatal) {
+    char* none = nullptr;
+    EXPECT_EXIT(writer.xdr(&none), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: the string at 0x[0-9a-f]+ is null\n$");
+    EXPECT_EXIT(writer.writeObject(nullptr, nullptr), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::writeObject: the root is null\n$");
+    Probe probe;
+    Probe* pointer = &probe;
+    EXPECT_EXIT(writer.xdr(&pointer, nullptr, Probe::type()), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: the pointer 0x[0-9a-f]+ comes without its object\n$");
+    EXPECT_EXIT(writer.pop(), testing::KilledBySignal(SIGABRT), "^qnBinaryWriter::pop: nothing is queued\n$");
+    qnBinaryReader reader(new MemoryStream, 0x1122, 0x33445566, "ieee");
+    EXPECT_EXIT(reader.pop(), testing::KilledBySignal(SIGABRT), "^qnBinaryReader::pop: nothing is queued\n$");
+}
+#else
 TEST_F(Writing, ANullStringIsANullPointer) {
     char* none = nullptr;
     EXPECT_EQ(hex(root(0).u8(0x01).str()), hex(graph([&](qnTranscriber& t, Probe&) { return t.xdr(&none); })));
 }
+#endif
 
 TEST(BinaryWriterDeathTest, ReadingAndImpossibleKindsAreFatal) {
     MemoryStream stream;

@@ -27,7 +27,8 @@ double secondsFor(Work work) {
     return best;
 }
 
-/** Twenty times as many may take 160 times as long, caches and neighbours being what they are; quadratic work takes 400. */
+/** Twenty times as many may take 160 times as long, caches and neighbours being what they are; quadratic work takes
+ * 400. */
 template <class Work>
 void expectLinear(Work work) {
     double few = secondsFor([&] { work(Few); });
@@ -53,7 +54,9 @@ TEST(Linear, WritingObjects) {
         for (unsigned i = 0; i < n; ++i) {
             Probe* next = i + 1 < n ? &probes[i + 1] : nullptr;
             probes[i].first = next;
-            probes[i].body = [](qnTranscriber& t, Probe& self) { return t.xdr(&self.first, self.first, Probe::type()); };
+            probes[i].body = [](qnTranscriber& t, Probe& self) {
+                return t.xdr(&self.first, self.first, Probe::type());
+            };
         }
         write(probes[0]);
     });

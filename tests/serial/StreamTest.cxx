@@ -1,5 +1,3 @@
-#include "Stream.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -9,6 +7,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+
+#include "Stream.h"
 
 namespace StreamTest {
 

@@ -1,5 +1,3 @@
-#include "Transcriber.h"
-
 #include <gtest/gtest.h>
 
 #include "BinaryReader.h"
@@ -7,6 +5,7 @@
 #include "OrderedGlobal.h"
 #include "StackBuffer.h"
 #include "Str.h"
+#include "Transcriber.h"
 #include "VoidPtrDict.h"
 #include "support/Bytes.h"
 #include "support/MemoryStream.h"
@@ -142,13 +141,15 @@ TEST_F(Registry, TheFirstRegistrationMakesTheTableAndALaterOneReplaces) {
     static short seenShort;
     static long seenLong;
     static std::string seenFormat;
-    qnTranscriber::addTranscriber("other", [](qnStream*, short, long, const char*) -> qnTranscriber* { return nullptr; });
-    qnTranscriber::addTranscriber("other", [](qnStream* over, short shortMark, long longMark, const char* format) -> qnTranscriber* {
-        seenShort = shortMark;
-        seenLong = longMark;
-        seenFormat = format;
-        return new Recorder(over);
-    });
+    qnTranscriber::addTranscriber("other",
+                                  [](qnStream*, short, long, const char*) -> qnTranscriber* { return nullptr; });
+    qnTranscriber::addTranscriber(
+        "other", [](qnStream* over, short shortMark, long longMark, const char* format) -> qnTranscriber* {
+            seenShort = shortMark;
+            seenLong = longMark;
+            seenFormat = format;
+            return new Recorder(over);
+        });
     EXPECT_EQ(31u, qnTranscriber::readers->buckets.length());
     MemoryStream* stream = new MemoryStream(Bytes().name("other").name("odd").u16(0xFFFE).u32(0xFFFFFFFD).str());
     qnTranscriber* reader = qnTranscriber::getReader(stream);

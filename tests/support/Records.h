@@ -19,11 +19,15 @@ public:
     explicit Probe(Body contents) : body(contents) {}
 
     const char* className() const override { return "Probe"; }
-    bool xdr(qnTranscriber& transcriber) override { return body ? body(transcriber, *this) : onRead()(transcriber, *this); }
+    bool xdr(qnTranscriber& transcriber) override {
+        return body ? body(transcriber, *this) : onRead()(transcriber, *this);
+    }
     qnTypeObj& getTypeObj() const override { return type(); }
     static void* newInstance(qnTypeObj& type) { return new Probe(type); }
     static void deleteInstance(void* object) { delete static_cast<Probe*>(object); }
-    static bool xdr(void* object, qnTranscriber& transcriber) { return static_cast<Probe*>(object)->Probe::xdr(transcriber); }
+    static bool xdr(void* object, qnTranscriber& transcriber) {
+        return static_cast<Probe*>(object)->Probe::xdr(transcriber);
+    }
 
     static qnTypeObj& type() {
         static qnTypeObj object("Probe", 1, newInstance, deleteInstance, xdr);

@@ -62,7 +62,8 @@ TEST(StrFormat, ConversionsOfEveryWidthKeepStepWithTheirArguments) {
     EXPECT_EQ("+1 tail", bytes(formatted("%+d %s", 1, tail)));
     int here = 0;
     char* p = reinterpret_cast<char*>(&here);
-    EXPECT_EQ(" tail", bytes(formatted("%p %s", static_cast<void*>(p), tail)).substr(bytes(formatted("%p", static_cast<void*>(p))).size()));
+    EXPECT_EQ(" tail", bytes(formatted("%p %s", static_cast<void*>(p), tail))
+                           .substr(bytes(formatted("%p", static_cast<void*>(p))).size()));
 }
 
 TEST(StrFormat, TheEstimateCountsTheStringsBehindOtherConversions) {
@@ -102,9 +103,7 @@ TEST(StrFormat, APercentSignWithoutAConversionIsText) {
     EXPECT_EQ("0x1p+1 text x", bytes(formatted("%a %s x", 2.0, "text")));
 }
 
-TEST(StrFormat, PositionalArgumentsArriveToo) {
-    EXPECT_EQ("b a", bytes(formatted("%2$s %1$s", "a", "b")));
-}
+TEST(StrFormat, PositionalArgumentsArriveToo) { EXPECT_EQ("b a", bytes(formatted("%2$s %1$s", "a", "b"))); }
 
 TEST(StrFormat, ANullStringIsPrintedAsTheLibraryDoes) {
     const char* none = nullptr;
@@ -134,9 +133,7 @@ TEST(StrFormat, AnEmptyResultMayHaveABlock) {
     EXPECT_EQ(0u, t.length());
 }
 
-TEST(StrFormat, TheTextEndsAtANulThatWasFormatted) {
-    EXPECT_EQ("a", bytes(formatted("a%cb", 0)));
-}
+TEST(StrFormat, TheTextEndsAtANulThatWasFormatted) { EXPECT_EQ("a", bytes(formatted("a%cb", 0))); }
 
 TEST(StrFormat, ALargerBufferStays) {
     qnStr s("a text of some length, longer than what comes");

@@ -108,7 +108,9 @@ TEST_F(Input, EndOfFileIsNoDelimiter) {
     is >> s;
     EXPECT_EQ("123456789", bytes(s));
     EXPECT_TRUE(is.eof());
-    std::istringstream with("123456789\xff" "abc");
+    std::istringstream with(
+        "123456789\xff"
+        "abc");
     _delimiter(with, '\xff');
     with >> s;
     EXPECT_EQ("123456789", bytes(s));

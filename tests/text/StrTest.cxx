@@ -1,11 +1,10 @@
-#include "Str.h"
-
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <string>
 
 #include "Checked.h"
+#include "Str.h"
 
 namespace StrTest {
 

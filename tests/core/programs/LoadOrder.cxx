@@ -1,5 +1,6 @@
 // A program whose own static objects use the library before main: everything that a registration touches must be ready.
 #include <morvaqnds.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -40,22 +41,51 @@ struct BeforeMain {
         expect(qnTypeObj::findType("qnStr") == &qnStr_type, "types are registered");
         expect(qn_toolkitGlobalOrder != nullptr && qn_toolkitGlobalOrder->entries.length() == 2, "orders exist");
         expect(qn_theDebugger == nullptr, "nothing is constructed yet");
-        qnStdioStream stream("/dev/null", qnStream::Read, 0);
+        std::FILE* file = std::fopen("/proc/self/exe", "r");
+        qnStdioStream stream(file, qnStream::Read);
         expect(qnTranscriber::readers == nullptr && qnTranscriber::getReader(&stream) == nullptr, "no readers yet");
+        expect(file != nullptr && std::ftell(file) == 0, "nothing is read for a reader that there is not");
+    }
+    /** Runs after main. */
+    ~BeforeMain() {
+        qnStr name("ARRAY");
+        expect(qnTypeObj::findType(name) == &qnStrArray_type, "types stay registered to the end");
+        qnStrStrDictionary pairs;
+        expect(*static_cast<qnStr*>(pairs.findCreate(&name)) == "", "dictionaries work to the end");
+        expect(qn_toolkitGlobalOrder->entries.length() == 2, "orders stay to the end");
+        if (failures != 0) _exit(1);
     }
 };
-BeforeMain beforeMain;
+// Before every other static object of the program.
+__attribute__((init_priority(101))) BeforeMain beforeMain;
+
+/** Dictionaries, arrays and iterators that are static objects themselves. */
+qnStrStrDictionary staticPairs(5);
+qnVoidPtrDict staticPointers;
+qnStrArray staticNames;
+qnStr staticName("a static name");
+bool filled = (staticPairs.addInternal(&staticName, &staticName), staticPointers.findCreate(&staticName),
+               staticNames.append(&staticName), true);
+qnStrStrDictionaryIter staticIter(staticPairs);
+
 qnTypeObj Early_type("Early", 1, Early::newInstance, Early::deleteInstance, Early::xdr);
 
 std::string steps;
-void make() { steps += "make "; }
-void drop() { steps += "drop "; }
+void make() {
+    steps += "make ";
+}
+void drop() {
+    steps += "drop ";
+}
 qnOrderedGlobal* needs[] = {&qnOG_Transcriber, nullptr};
 qnOrderedGlobal global(make, drop, needs, 2);
 
 }  // namespace
 
 int main() {
+    expect(filled && staticPairs.count == 1 && staticPointers.count == 1 && staticNames.length() == 1,
+           "static containers");
+    expect(*static_cast<qnStr*>(staticIter.getKey()) == "a static name", "static iterators");
     expect(qnTypeObj::findType("Early") == &Early_type, "the program's own type is registered");
     expect(steps.empty(), "nothing is constructed at load");
     qnInitializeToolkit();

@@ -8,22 +8,36 @@ namespace {
 
 std::string steps;
 
-void makeLate() { steps += "makeLate "; }
-void dropLate() { steps += "dropLate "; }
+void makeLate() {
+    steps += "makeLate ";
+}
+void dropLate() {
+    steps += "dropLate ";
+}
 
-void makeToolkit() { steps += "T "; }
-void dropToolkit() { steps += "t "; }
+void makeToolkit() {
+    steps += "T ";
+    new qnOrderedGlobal(makeLate, dropLate, nullptr,
+                        2);  // comes too late, although the application's turn is still to come
+}
+void dropToolkit() {
+    steps += "t ";
+}
 void makeFirst() {
     steps += "A ";
-    qnInitializeToolkit();  // returns at once
+    qnInitializeToolkit();                                // returns at once
     new qnOrderedGlobal(makeLate, dropLate, nullptr, 2);  // is not constructed any more
 }
 void dropFirst() {
     steps += "a ";
     qnCleanupGlobalOrderings();  // returns at once
 }
-void makeSecond() { steps += "B "; }
-void dropSecond() { steps += "b "; }
+void makeSecond() {
+    steps += "B ";
+}
+void dropSecond() {
+    steps += "b ";
+}
 
 qnOrderedGlobal toolkit(makeToolkit, dropToolkit, nullptr, 1);
 qnOrderedGlobal first(makeFirst, dropFirst, nullptr, 2);
@@ -38,7 +52,7 @@ int main() {
     qnInitializeToolkit();
     qnInitGlobalOrderings();
     qnCleanupGlobalOrderings();
-    if (started && steps == "T A B dropLate dropLate b a t ") return 0;
+    if (started && steps == "T A B dropLate dropLate dropLate b a t ") return 0;
     std::fprintf(stderr, "%s\n", steps.c_str());
     return 1;
 }
