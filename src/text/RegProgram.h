@@ -39,17 +39,13 @@ enum Opcode : unsigned char {
     opClose = 30  // plus the group, 1 to 9
 };
 
-inline unsigned char* programOf(regexp* expression) {
-    return reinterpret_cast<unsigned char*>(expression->program);
-}
+inline unsigned char* programOf(regexp* expression) { return reinterpret_cast<unsigned char*>(expression->program); }
 
 inline const unsigned char* programOf(const regexp* expression) {
     return reinterpret_cast<const unsigned char*>(expression->program);
 }
 
 /** The link of a node: a distance, backward for BACK; 0 for none. */
-inline unsigned linkOf(const unsigned char* node) {
-    return static_cast<unsigned>(node[1] << 8 | node[2]);
-}
+inline unsigned linkOf(const unsigned char* node) { return static_cast<unsigned>(node[1] << 8 | node[2]); }
 
 #endif

@@ -26,18 +26,12 @@ enum Flags : unsigned {
 // Where a node stands in the program. Wide enough to count the program of any pattern; 0 stands for "no node".
 typedef std::uint64_t Offset;
 
-bool isQuantifier(char c) {
-    return c == '*' || c == '+' || c == '?';
-}
+bool isQuantifier(char c) { return c == '*' || c == '+' || c == '?'; }
 
-bool endsBranch(char c) {
-    return c == '\0' || c == '|' || c == ')' || c == '\n';
-}
+bool endsBranch(char c) { return c == '\0' || c == '|' || c == ')' || c == '\n'; }
 
 // Characters that end a literal run in front of them.
-bool endsRun(char c) {
-    return endsBranch(c) || c == '$' || c == '(' || c == '.' || c == '[' || c == '^';
-}
+bool endsRun(char c) { return endsBranch(c) || c == '$' || c == '(' || c == '.' || c == '[' || c == '^'; }
 
 class Compiler {
 public:

@@ -46,9 +46,7 @@ TEST(RegexpCompileTest, AnEmptyPatternIsABranchOfNothing) {
     EXPECT_PROGRAM("", MAGIC, BRANCH, 0, 6, NOTHING, 0, 3, END, 0, 0);
 }
 
-TEST(RegexpCompileTest, ASingleLiteral) {
-    EXPECT_PROGRAM("a", MAGIC, BRANCH, 0, 8, EXACTLY, 0, 5, 'a', 0, END, 0, 0);
-}
+TEST(RegexpCompileTest, ASingleLiteral) { EXPECT_PROGRAM("a", MAGIC, BRANCH, 0, 8, EXACTLY, 0, 5, 'a', 0, END, 0, 0); }
 
 TEST(RegexpCompileTest, ALiteralRunIsOneNode) {
     EXPECT_PROGRAM("abc", MAGIC, BRANCH, 0, 10, EXACTLY, 0, 7, 'a', 'b', 'c', 0, END, 0, 0);
@@ -324,9 +322,7 @@ TEST(RegexpCompileTest, TheRequiredLiteralPointsIntoTheProgram) {
     EXPECT_EQ(reinterpret_cast<char*>(expression.get()) + offsetof(regexp, program) + 13, expression->regmust);
 }
 
-TEST(RegexpCompileTest, NullIsRejected) {
-    EXPECT_EQ("NULL argument", rejection(nullptr));
-}
+TEST(RegexpCompileTest, NullIsRejected) { EXPECT_EQ("NULL argument", rejection(nullptr)); }
 
 TEST(RegexpCompileTest, NineGroupsCompileAndTenDoNot) {
     EXPECT_TRUE(compile("(a)(b)(c)(d)(e)(f)(g)(h)(i)"));

@@ -13,8 +13,6 @@ inline std::vector<std::string>& regexpMessages() {
 }
 
 /** The test program's own error hook, which takes the place of the library's silent one. */
-__attribute__((used)) inline void qnregerror(const char* message) {
-    regexpMessages().push_back(message);
-}
+__attribute__((used)) inline void qnregerror(const char* message) { regexpMessages().push_back(message); }
 
 #endif

@@ -8,14 +8,12 @@
 #include "text/RegexpGenerator.h"
 #include "text/RegexpMessages.h"
 
-/** Helpers of the regular-expression tests. */
+/** What the regular-expression tests share. */
 namespace RegexpRig {
 
 using RegexpGenerator::Expression;
 
-inline Expression compile(const char* pattern) {
-    return Expression(qnregcomp(pattern));
-}
+inline Expression compile(const char* pattern) { return Expression(qnregcomp(pattern)); }
 
 /** The message with which a pattern is rejected; a note of its own if it compiles. */
 inline std::string rejection(const char* pattern) {

@@ -20,9 +20,7 @@ std::string expand(const char* pattern, const char* text, const char* source) {
     return result;
 }
 
-TEST(RegexpSubTest, AnAmpersandIsTheWholeMatch) {
-    EXPECT_EQ("[b1][b1]", expand("b.", "ab1c", "[&][&]"));
-}
+TEST(RegexpSubTest, AnAmpersandIsTheWholeMatch) { EXPECT_EQ("[b1][b1]", expand("b.", "ab1c", "[&][&]")); }
 
 TEST(RegexpSubTest, ABackslashAndADigitAreAGroup) {
     EXPECT_EQ("12-24 24/12", expand("([0-9]+)-([0-9]+)", "on 12-24", "\\0 \\2/\\1"));
@@ -45,17 +43,11 @@ TEST(RegexpSubTest, AnUnsetGroupGivesNothing) {
     EXPECT_EQ("<>", expand("b", "b", "<\\7>"));
 }
 
-TEST(RegexpSubTest, AnEmptyGroupGivesNothing) {
-    EXPECT_EQ("<>", expand("(x*)b", "b", "<\\1>"));
-}
+TEST(RegexpSubTest, AnEmptyGroupGivesNothing) { EXPECT_EQ("<>", expand("(x*)b", "b", "<\\1>")); }
 
-TEST(RegexpSubTest, AGroupAtTheEndOfTheTextIsCopiedWhole) {
-    EXPECT_EQ("c.", expand("b(.*)$", "abc", "\\1."));
-}
+TEST(RegexpSubTest, AGroupAtTheEndOfTheTextIsCopiedWhole) { EXPECT_EQ("c.", expand("b(.*)$", "abc", "\\1.")); }
 
-TEST(RegexpSubTest, AnEmptyTemplateGivesAnEmptyText) {
-    EXPECT_EQ("", expand("b", "abc", ""));
-}
+TEST(RegexpSubTest, AnEmptyTemplateGivesAnEmptyText) { EXPECT_EQ("", expand("b", "abc", "")); }
 
 TEST(RegexpSubTest, AfterAFailedSearchThereIsNothingToInsert) {
     Expression expression = compile("b$");

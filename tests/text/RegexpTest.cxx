@@ -90,9 +90,7 @@ TEST(RegexpTest, SetsNeverMatchTheEnd) {
     EXPECT_EQ("b", match("b[^a]*", "b"));
 }
 
-TEST(RegexpTest, TheLeftmostMatchWins) {
-    EXPECT_EQ("a", match("b|a", "ab"));
-}
+TEST(RegexpTest, TheLeftmostMatchWins) { EXPECT_EQ("a", match("b|a", "ab")); }
 
 TEST(RegexpTest, TheFirstAlternativeThatLeadsToAMatchWinsNotTheLongest) {
     EXPECT_EQ("a", match("a|ab", "ab"));
@@ -115,9 +113,7 @@ TEST(RegexpTest, AnOptionalAtomIsTakenWhenPossible) {
     EXPECT_EQ("color", match("colou?r", "my color"));
 }
 
-TEST(RegexpTest, ABraceIsAnOrdinaryCharacter) {
-    EXPECT_EQ("a{2}", match("a{2}", "aa a{2}"));
-}
+TEST(RegexpTest, ABraceIsAnOrdinaryCharacter) { EXPECT_EQ("a{2}", match("a{2}", "aa a{2}")); }
 
 TEST(RegexpTest, AnEscapedCharacterIsLiteral) {
     EXPECT_EQ("a.b*", match("a\\.b\\*", "aabb a.b*"));
@@ -216,9 +212,7 @@ TEST(RegexpTest, EveryStartCharacterIsTried) {
     EXPECT_EQ("aX", match("aX", "aaaaX"));
 }
 
-TEST(RegexpTest, OverlappingOccurrencesOfALiteralAreFound) {
-    EXPECT_EQ("aabc", match("aabc", "aaabc"));
-}
+TEST(RegexpTest, OverlappingOccurrencesOfALiteralAreFound) { EXPECT_EQ("aabc", match("aabc", "aaabc")); }
 
 TEST(RegexpTest, ALiteralBehindAChoiceIsRequiredAndOneInsideAChoiceIsNot) {
     EXPECT_EQ("aacd", match("(a|b)+cd", "cd aacd"));
