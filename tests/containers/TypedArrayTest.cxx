@@ -81,7 +81,7 @@ void* TypedArrayOf<qnVoidPtrArray>::element(int n) {
 typedef testing::Types<qnBoolArray, qnCharArray, qnUnsignedCharArray, qnShortArray, qnUnsignedShortArray, qnIntArray,
                        qnLongArray, qnUnsignedLongArray, qnFloatArray, qnDoubleArray, qnVoidPtrArray>
     PlainArrays;
-TYPED_TEST_SUITE(TypedArrayOf, PlainArrays);
+TYPED_TEST_SUITE(TypedArrayOf, PlainArrays, );  // clang wants a third argument, however empty
 
 TYPED_TEST(TypedArrayOf, StartsEmptyWithoutABlock) {
     TypeParam a;
@@ -249,7 +249,7 @@ class SerialArrayOf : public testing::Test {};
 typedef testing::Types<qnBoolArray, qnCharArray, qnUnsignedCharArray, qnShortArray, qnUnsignedShortArray, qnIntArray,
                        qnLongArray, qnUnsignedLongArray, qnFloatArray, qnDoubleArray, qnStrArray>
     SerialArrays;
-TYPED_TEST_SUITE(SerialArrayOf, SerialArrays);
+TYPED_TEST_SUITE(SerialArrayOf, SerialArrays, );  // clang wants a third argument, however empty
 
 TYPED_TEST(SerialArrayOf, RegistersAsArrayWithAllItsFunctions) {
     const qnTypeObj& type = TypeParam().getTypeObj();
