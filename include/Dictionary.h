@@ -134,7 +134,8 @@ public:
 
     /**
      * Transcribes the whole dictionary: counts, record sizes and entries with their bucket numbers. False at the first
-     * failure. A stream that describes other records or an impossible table ends the process.
+     * failure. A stream that describes other records or an impossible table ends the process. So that a few bytes cannot
+     * claim a large part of the memory, a table of more than 1,048,576 buckets is only read with an entry for every 64.
      *
      * Deliberate: entries are written head first and pushed at the head when read, so each chain comes back reversed;
      * bucket numbers are taken from the stream and keys are not hashed again, as string keys have no text yet.

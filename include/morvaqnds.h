@@ -22,6 +22,7 @@
 #include "OrderedGlobal.h"
 #include "Platform.h"
 #include "RCObj.h"
+#include "RegExp.h"
 #include "Rptr.h"
 #include "SeqRangeArray.h"
 #include "StackBuffer.h"

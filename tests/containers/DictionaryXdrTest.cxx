@@ -168,6 +168,30 @@ TEST_F(DictionaryXdr, BucketCountOfTheStreamReplacesTheOneThatWasThere) {
     EXPECT_EQ(read.value(7), 70);
 }
 
+// Deliberate: reading does not empty the dictionary; factories make the ones that are read, and those have no entries.
+TEST_F(DictionaryXdr, EntriesAndIteratorsThatWereThereStayAndTheCountIsTheStreams) {
+    qnDictIter it(d);
+    Scripted t({1, 4, 4, 5, 18, 180, 3});
+    EXPECT_TRUE(d.doxdr(t));
+    EXPECT_EQ(d.table(), "0: 0 | 3: 18 13 8 3");
+    EXPECT_EQ(d.count, 1u);
+    EXPECT_EQ(standing(it), "0=0");
+    ++it;
+    EXPECT_EQ(standing(it), "18=180");
+}
+
+TEST_F(DictionaryXdr, IteratorInATableThatShrinksFinishes) {
+    ProbeDictionary read(7);
+    read.add(0, 10);
+    qnDictIter it(read);
+    Scripted t({0, 4, 4, 1});
+    EXPECT_TRUE(read.doxdr(t));
+    EXPECT_EQ(standing(it), "0=10");
+    ++it;
+    EXPECT_EQ(standing(it), "finished");
+    EXPECT_EQ(read.iters.length(), 0u);
+}
+
 TEST_F(DictionaryXdr, ReadsADictionaryWithoutBuckets) {
     ProbeDictionary read(5);
     Scripted t({0, 4, 4, 0});
