@@ -1,5 +1,5 @@
 // The sort, whose closing step gives both ends of a partition the contents of the scratch. The results of the small
-// arrays below were worked out by hand; `model` is the numbered steps of the sort once more, as plainly as they can be
+// arrays below were worked out by hand; `model` is the steps of the sort once more, as plainly as they can be
 // written, and the two are compared on thousands of random arrays.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -187,7 +187,7 @@ struct Random {
     std::mt19937 engine;
 };
 
-// The model: the numbered steps on values of any type, with real recursion.
+// The model: the steps of the sort on values of any type, with real recursion.
 
 template <class T>
 struct Model {
