@@ -7,6 +7,7 @@
 #include "BinaryTranscriber.h"
 #include "BinaryWriter.h"
 #include "BoundingBox.h"
+#include "Chain.h"
 #include "Checked.h"
 #include "Debug.h"
 #include "Dictionary.h"
