@@ -99,11 +99,11 @@ public:
             case 8: combine(&qnSet::operator+=, std::set_union<It, It, Out>); break;
             case 9: combine(&qnSet::operator-=, std::set_difference<It, It, Out>); break;
             case 10: combine(&qnSet::operator*=, std::set_intersection<It, It, Out>); break;
-            case 11: set_ += set_; break;
-            case 12: set_ *= set_; break;
+            case 11: set_ += set_.itself(); break;
+            case 12: set_ *= set_.itself(); break;
             case 13:
                 if (below(8) == 0) {
-                    set_ -= set_;
+                    set_ -= set_.itself();
                     model_.clear();
                 }
                 break;

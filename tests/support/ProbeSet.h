@@ -54,6 +54,8 @@ public:
     void put(int key) { add(&key); }
     bool has(int key) const { return contains(&key); }
     void removeKey(int key) { remove(&key); }
+    /** For operations with itself, which some compilers take for an oversight. */
+    const qnSet& itself() const { return *this; }
 
     /** The keys of a chain from its head: "32 1". */
     std::string chain(unsigned bucket) const {
