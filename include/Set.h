@@ -230,7 +230,7 @@ private:
 class MORVAQNDS_API qnTmpSet : public qnSet {
 public:
     /** Copying a set that has keys ends the process. */
-    explicit qnTmpSet(const qnSet& other);
+    qnTmpSet(const qnSet& other);
 
     /** False: a temporary is not transcribed. */
     bool xdrKey(qnTranscriber& transcriber, void* key) override;

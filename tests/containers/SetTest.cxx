@@ -62,6 +62,7 @@ static_assert(offsetof(qnSetBucket, next) == sizeof(void*), "the next link comes
 static_assert(std::is_abstract<qnSet>::value, "a subclass says how keys are transcribed");
 static_assert(std::is_base_of<qnXDRObj, qnSet>::value, "sets are serialisable");
 static_assert(std::is_base_of<qnSet, qnTmpSet>::value, "the temporary is a set");
+static_assert(std::is_convertible<const qnSet&, qnTmpSet>::value, "a function may return a set as a temporary");
 
 TEST(Set, ArraysOfBucketsAndIteratorsHoldPointersAndAreCalledArray) {
     ProbeSet s;
