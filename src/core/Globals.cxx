@@ -8,8 +8,10 @@
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
 #include "Property.h"
+#include "Set.h"
 #include "Str.h"
 #include "StrArray.h"
+#include "StrSet.h"
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "XDRObj.h"
@@ -65,6 +67,7 @@ qnOrderedGlobal qnOG_Transcriber(cons, transcriberNeeds, 1);
 // Abstract classes have no factories.
 qnTypeObj qnArray_type("qnArray", TypeVersion, nullptr, nullptr, qnArray::xdr);
 qnTypeObj qnDictionary_type("qnDictionary", TypeVersion, nullptr, nullptr, qnDictionary::xdr);
+qnTypeObj qnSet_type("qnSet", TypeVersion, nullptr, nullptr, qnSet::xdr);
 
 // Deliberate: all arrays register under one name, which streams record for them. The last one, the string array, is
 // what the name finds.
@@ -91,3 +94,4 @@ qnTypeObj qnStrArray_type("ARRAY", TypeVersion, qnStrArray::newInstance, qnStrAr
 
 qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance,
                                   qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);
+qnTypeObj qnStrSet_type("SET", TypeVersion, qnStrSet::newInstance, qnStrSet::deleteInstance, qnStrSet::xdr);
