@@ -61,6 +61,15 @@ struct regexp {
 MORVAQNDS_API regexp* qnregcomp(const char* pattern);
 
 /**
+ * Where in its pattern the last `qnregcomp` stopped, in characters from 0: the place at which the reason for the failure
+ * showed, which is the pattern's length when its end came too soon or the program would have been too large. -1 when
+ * the pattern compiled.
+ *
+ *     if (!qnregcomp("a**")) std::printf("a**\n%*s^\n", int(qnregerrorplace()), "");  // under the second star
+ */
+MORVAQNDS_API long qnregerrorplace();
+
+/**
  * Searches `string` for the leftmost match of `expression`: 1 if there is one, with `startp` and `endp` filled, else 0.
  * 0 as well when either argument is null or the program is damaged. The pointers that it leaves in the expression point
  * into `string` and are good as long as that is.

@@ -58,7 +58,8 @@ public:
             } else {
                 std::size_t before = at_;
                 if (goInSteps()) return start();
-                if (at_ - before < FastSteps && goInBlocks(at_ + Stretch)) return start();
+                bool isSlow = at_ - before < FastSteps;
+                if (isSlow && goInBlocks(at_ + Stretch < size_ ? at_ + Stretch : size_)) return start();
                 continue;
             }
 #endif
@@ -91,7 +92,7 @@ private:
         return _mm_and_si128(_mm_cmpeq_epi8(lasts, last), _mm_cmpeq_epi8(others, other));
     }
 
-    /** Goes on to `end` while there are 16 alignments left; true at a match. */
+    /** Goes on to `end`, at most the text's end, while there are 16 alignments left; true at a match. */
     bool goInBlocks(std::size_t end) {
         const __m128i last = _mm_set1_epi8(pattern_[length_ - 1]);
         const __m128i other = _mm_set1_epi8(pattern_[other_]);

@@ -43,7 +43,7 @@ std::size_t afterLastSlash(const char* path, std::size_t length) {
 class Block {
 public:
     Block(std::size_t size, const char* operation)
-        : size_(size == 0 ? 1 : size),
+        : size_(size == 0 ? 1 : size),  // room for the NUL in any case
           operation_(operation),
           text_(static_cast<char*>(heap::allocate(size_, operation))) {
         text_[0] = 0;
@@ -63,6 +63,7 @@ public:
         append(text, length);
     }
     const char* text() const { return text_; }
+    std::size_t length() const { return length_; }
     /** Gives the block away. */
     char* release() {
         char* text = text_;
@@ -81,6 +82,12 @@ private:
     char* text_;
     std::size_t length_ = 0;
 };
+
+void requireFit([[maybe_unused]] const Block& block, [[maybe_unused]] unsigned size) {
+    MORVAQNDS_REQUIRE(block.length() < size,
+                      "environmentVariableExtendedName: text of %lu characters does not fit %u bytes",
+                      static_cast<unsigned long>(block.length()), size);
+}
 
 /** The end of the variable's name that starts at `name`, in a text that ends at `end`. */
 const char* endOfName(const char* name, const char* end) {
@@ -126,8 +133,9 @@ char* pathexpandtilde(const char* path) {
         if (user == nullptr) return copyOf(path, std::strlen(path), operation);
         home = user->pw_dir;
     }
-    Block result(0, operation);
-    if (home != nullptr) result.append(home, std::strlen(home));
+    if (home == nullptr) home = "";
+    Block result(std::strlen(home) + std::strlen(rest) + 1, operation);
+    result.append(home, std::strlen(home));
     result.append(rest, std::strlen(rest));
     return result.release();
 }
@@ -161,10 +169,12 @@ char* environmentVariableExtendedName(const char* text, unsigned size) {
         }
         const char* nameEnd = endOfName(text + 1, end);
         name.set(text + 1, static_cast<std::size_t>(nameEnd - (text + 1)));
+        requireFit(name, size);
         const char* value = std::getenv(name.text());
         if (value == nullptr) return nullptr;
         result.append(value, std::strlen(value));
         text = nameEnd;
     }
+    requireFit(result, size);
     return result.release();
 }
