@@ -1,3 +1,6 @@
+// Entries are read on any file system, whatever the width of its numbers.
+#define _FILE_OFFSET_BITS 64
+
 #include "SearchList.h"
 
 #include <dirent.h>
