@@ -13,7 +13,7 @@
 namespace {
 
 /** The longest name of a user, in bytes. */
-constexpr std::size_t LongestUserName = 255;
+[[maybe_unused]] constexpr std::size_t LongestUserName = 255;
 
 /** The first `length` bytes of `text`, terminated, in a block of their own. */
 char* copyOf(const char* text, std::size_t length, const char* operation) {
