@@ -14,8 +14,9 @@ struct regexp;
  *     number.bracketBuffer("on the 24th", 0, start, end);  // 7 and 9
  *
  * Unusual:
- * - The length that is passed to a search is ignored: the buffer is searched up to its NUL, and must have one.
- * - A pattern that does not compile is no error. It finds nothing, and says so with a start of -2 instead of -1.
+ * - Deliberate: the length that is passed to a search is ignored. The engine reads up to the NUL, which must be there.
+ * - Deliberate: a pattern that does not compile is no error, as users type patterns. It finds nothing, and says so with
+ *   a start of -2 instead of -1.
  *
  * The cost of a search is that of `qnregexec`, which is not re-entrant: neither are these.
  */

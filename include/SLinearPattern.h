@@ -13,7 +13,7 @@ class qnStr;
  *     needle.bracketBuffer("xxabcxx", 7, start, end);  // 2 and 5
  *
  * Unusual:
- * - The empty pattern is found at 0 in any buffer, and its end is 0 too.
+ * - Deliberate: the empty pattern is found at 0 in any buffer, as it matches everywhere; its end is 0 too.
  * - Pattern and text may hold any bytes, NUL included; but a pattern passed with a length of 0 is taken up to its NUL.
  *
  * Cost: Horspool's algorithm. A table of 256 distances is built once for the pattern and lets a search skip up to as

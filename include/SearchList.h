@@ -11,11 +11,11 @@
  *     fonts.regexp(".*\\.ttf");                         // searches again
  *
  * What is unusual:
- * - A name is selected when the match that the expression finds first covers the whole name. With alternatives that is
- *   the first that matches, so `a|ab` does not select "ab"; write `ab|a`, or `(a|ab)$`.
- * - Nothing is sorted and nothing is left out: names come in the order of the directories in the list and of the
- *   entries in each directory, duplicates and "." and ".." included.
- * - The list is as old as the last search: `recalc` searches again.
+ * - Deliberate: a name is selected when the match that the expression finds first covers the whole name. With
+ *   alternatives that is the first that matches, so `a|ab` does not select "ab"; write `ab|a`, or `(a|ab)$`.
+ * - Deliberate: nothing is sorted and nothing is left out, as the order of the list is a ranking. Names come in the
+ *   order of the directories in the list and of the entries in each directory, duplicates and "." and ".." included.
+ * - Deliberate: the list is as old as the last search. The values that it has do not search; `recalc` does.
  * - What cannot be read is skipped, and an expression that does not compile selects nothing. Neither is reported.
  *
  * Directories are separated by ":"; empty ones are skipped. A full name is the directory as it stands in the list, a

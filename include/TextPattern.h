@@ -14,7 +14,7 @@
  *     pattern->bracketBuffer(text, length, start, end);  // start < 0: not found
  *
  * Unusual:
- * - An end of 0 means "none" as well as "an empty match at the start"; only the start tells the two apart.
+ * - Deliberate: an end of 0 means "none" as well as "an empty match at the start"; only the start tells the two apart.
  * - Positions are ints, so only the first 2^31 - 1 bytes of a buffer are searched.
  *
  * A pattern is made once and used for any number of buffers. It cannot be copied.

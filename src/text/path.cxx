@@ -91,8 +91,9 @@ void requireFit([[maybe_unused]] const Block& block, [[maybe_unused]] unsigned s
 
 /** The end of the variable's name that starts at `name`, in a text that ends at `end`. */
 const char* endOfName(const char* name, const char* end) {
+    // Deliberate: nothing but a slash or a blank ends a name. What callers expand are paths.
     const char* stop = name + std::strcspn(name, "/ ");
-    // Deliberate: at the end of the text the name stops one character early.
+    // Deliberate: at the end of the text the name stops one character early; what follows it is relied upon.
     return stop == end && stop != name ? stop - 1 : stop;
 }
 
