@@ -96,6 +96,8 @@ counts directories_are_no_files '2 alpha 1 beta 1 gamma' $tally --path one --fil
 counts missing_directories_are_skipped '1 alpha 1 beta' $tally --path none::one --files 'a.*'
 counts files_beside_named_ones '2 alpha 2 beta' $tally --path one --files 'a.*' one/a.txt
 counts files_and_match '2 alpha' $tally --path one --files '.*' --match ^a
+ln -s nowhere one/dangling
+expect a_file_that_cannot_be_read 1 "tally: one/dangling: cannot be read: No such file or directory" $tally --path one --files 'd.*'
 expect no_file_has_such_a_name 1 "tally: --files: no file in one:two has such a name" $tally --path one:two --files 'a'
 expect path_without_files 2 "tally: --path: needs --files; $usage" $tally --path one
 expect files_without_path 2 "tally: --files: needs --path; $usage" $tally --files '.*' text
