@@ -71,9 +71,7 @@ void qnDictionary::requireBuckets(const char* operation) const {
     if (bucketCount() == 0) qnFatal("qnDictionary::%s: the dictionary has no buckets", operation);
 }
 
-unsigned qnDictionary::bucketOf(const void* key) const {
-    return static_cast<unsigned>(hashKey(key)) % bucketCount();
-}
+unsigned qnDictionary::bucketOf(const void* key) const { return static_cast<unsigned>(hashKey(key)) % bucketCount(); }
 
 char* qnDictionary::newEntry() const {
     std::size_t nbytes = heap::checkedSize(std::uint64_t(keySize) + valueSize, "qnDictionary::addInternal");
@@ -82,7 +80,7 @@ char* qnDictionary::newEntry() const {
 
 qnDictBucket* qnDictionary::pushEntry(unsigned bucket, char* entry) {
     qnDictBucket*& head = buckets.elements()[bucket];
-    head = new qnDictBucket(entry, head);
+    head = heap::create<qnDictBucket>("qnDictionary::addInternal", entry, head);
     ++count;
     return head;
 }

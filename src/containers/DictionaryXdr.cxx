@@ -84,7 +84,7 @@ bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
             buckets.resize(grown < nbuckets ? grown : nbuckets);
         }
         qnDictBucket*& head = buckets.elements()[b];
-        head = new qnDictBucket(entry, head);
+        head = heap::create<qnDictBucket>("qnDictionary::doxdr", entry, head);
     }
     if (buckets.length() != nbuckets) buckets.resize(nbuckets);
     return true;

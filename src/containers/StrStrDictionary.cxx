@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "core/Heap.h"
+
 namespace {
 
 /** Bytes of a string record in a dictionary's numbers in a stream, on every machine. */
@@ -30,7 +32,9 @@ bool qnStrStrDictionary::xdr(qnTranscriber& transcriber) { return doxdr(transcri
 
 qnTypeObj& qnStrStrDictionary::getTypeObj() const { return qnStrStrDictionary_type; }
 
-void* qnStrStrDictionary::newInstance(qnTypeObj& type) { return new qnStrStrDictionary(type); }
+void* qnStrStrDictionary::newInstance(qnTypeObj& type) {
+    return heap::create<qnStrStrDictionary>("qnStrStrDictionary::newInstance", type);
+}
 
 void qnStrStrDictionary::deleteInstance(void* object) { delete static_cast<qnStrStrDictionary*>(object); }
 

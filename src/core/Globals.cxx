@@ -9,12 +9,13 @@
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "XDRObj.h"
+#include "core/Heap.h"
 
 namespace {
 
 /** Builds the library's singletons, each if it does not exist yet, each after what it needs. */
 void qnOG_Init_cons() {
-    if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
+    if (qn_theDebugger == nullptr) qn_theDebugger = heap::create<qnDebug>("qnInitializeToolkit", true);
 }
 
 void qnOG_Init_dest() {}

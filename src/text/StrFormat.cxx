@@ -5,6 +5,7 @@
 // Two readings of the format run side by side. The estimate looks, behind each percent sign, for the next character
 // that is a conversion, whatever stands between. The arguments are stepped over as `printf` really takes them, with
 // lengths and precisions. Where both see the same string conversion, its length counts.
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -67,7 +68,7 @@ private:
         const char* p = std::strchr(next_, '%');
         if (p == nullptr) return false;
         ++p;
-        while (*p != 0 && std::strchr("-+ #0'", *p) != nullptr) ++p;
+        while (*p != 0 && std::strchr("-+ #0'I", *p) != nullptr) ++p;
         int width;
         p = number(p, width);
         if (*p == '$') return lose();  // arguments by position are not in the order of the format
@@ -218,10 +219,7 @@ public:
         va_copy(again, arguments);
         int needed = std::vsnprintf(short_, sizeof short_, format, arguments);
         if (needed < 0) {
-            // A conversion that cannot be made: what stands before it counts.
-            std::memset(short_, 0, sizeof short_);
-            std::vsnprintf(short_, sizeof short_, format, again);
-            short_[sizeof short_ - 1] = 0;
+            formatUpToFailure(format, again, operation);
         } else if (std::size_t(needed) >= sizeof short_) {
             text_ = static_cast<char*>(heap::allocate(std::size_t(needed) + 1, operation));
             std::vsnprintf(text_, std::size_t(needed) + 1, format, again);
@@ -241,6 +239,24 @@ public:
     unsigned length() const { return static_cast<unsigned>(length_); }
 
 private:
+    /** A conversion cannot be made: what stands before it counts, however long it is. */
+    void formatUpToFailure(const char* format, va_list arguments, const char* operation) {
+        for (std::size_t size = sizeof short_;; size *= 2) {
+            if (size > sizeof short_) {
+                if (text_ != short_) std::free(text_);
+                text_ = static_cast<char*>(heap::allocate(size, operation));
+            }
+            std::memset(text_, 0, size);
+            va_list attempt;
+            va_copy(attempt, arguments);
+            std::vsnprintf(text_, size, format, attempt);
+            va_end(attempt);
+            text_[size - 1] = 0;
+            // No text that is formatted is longer than the highest int.
+            if (std::strlen(text_) < size - 1 || size > INT_MAX) return;
+        }
+    }
+
     char short_[512];
     char* text_;
     std::size_t length_;
