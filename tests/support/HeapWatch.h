@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/SanitizedHeap.h"
+
 /**
  * Shows what a program asks of the heap. To be included by one file of a program that stands alone: it defines the
  * program's `malloc`, `calloc`, `realloc` and `free`.
@@ -16,19 +18,6 @@
  * watched; there the operations run and nothing is compared.
  */
 namespace heapWatch {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool available = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool available = false;
-#define MORVAQNDS_HEAP_IS_TAKEN
-#else
-constexpr bool available = true;
-#endif
-#else
-constexpr bool available = true;
-#endif
 
 static char requests[4096];
 static bool watching = false;
@@ -51,14 +40,14 @@ void expect(int line, const char* expected, Operation operation) {
     watching = true;
     operation();
     watching = false;
-    if (!available || std::strcmp(requests, expected) == 0) return;
+    if (heapIsSanitized || std::strcmp(requests, expected) == 0) return;
     std::fprintf(stderr, "line %d: the heap was asked for \"%s\", not \"%s\"\n", line, requests, expected);
     ++failures;
 }
 
 }  // namespace heapWatch
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(MORVAQNDS_HEAP_IS_TAKEN)
+#ifndef MORVAQNDS_HEAP_IS_SANITIZED
 
 extern "C" {
 
