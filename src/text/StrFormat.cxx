@@ -241,7 +241,9 @@ public:
 private:
     /** A conversion cannot be made: what stands before it counts, however long it is. */
     void formatUpToFailure(const char* format, va_list arguments, const char* operation) {
-        for (std::size_t size = sizeof short_;; size *= 2) {
+        constexpr std::uint64_t MostBytes = std::uint64_t(INT_MAX) + 1;
+        for (std::uint64_t next = sizeof short_;; next *= 16) {
+            std::size_t size = static_cast<std::size_t>(next < MostBytes ? next : MostBytes);
             if (size > sizeof short_) {
                 if (text_ != short_) std::free(text_);
                 text_ = static_cast<char*>(heap::allocate(size, operation));
@@ -252,8 +254,8 @@ private:
             std::vsnprintf(text_, size, format, attempt);
             va_end(attempt);
             text_[size - 1] = 0;
-            // No text that is formatted is longer than the highest int.
-            if (std::strlen(text_) < size - 1 || size > INT_MAX) return;
+            if (std::strlen(text_) < size - 1) return;
+            if (size == MostBytes) qnFatal("%s: the text exceeds %d characters", operation, INT_MAX);
         }
     }
 
@@ -289,6 +291,7 @@ void qnStr::format(const char* fmt, ...) {
 
 void qnStr::vformat(const char* fmt, va_list ap) {
     std::uint64_t estimate = estimateLength(fmt, ap);
+    heap::checkedSize(estimate + 2, "qnStr::vformat");
     FormattedText formatted(fmt, ap, "qnStr::vformat");
     std::uint64_t room = estimate + 1 > formatted.length() ? estimate + 1 : formatted.length();
     resizeInternal(heap::checkedSize(room + 1, "qnStr::vformat") - 1);

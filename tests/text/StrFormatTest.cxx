@@ -144,6 +144,8 @@ TEST(StrFormat, ATextThatBreaksOffIsKeptWholeUpToThere) {
         qnStr s = formatted("%s%lcafter", before.c_str(), std::wint_t(0x20AC));
         EXPECT_EQ(before, bytes(s)) << n;
     }
+    // A width past the highest int.
+    EXPECT_EQ("ab", bytes(formatted("ab%2147483648d", 7)));
 }
 
 TEST(StrFormat, NumbersAreTakenAtTheirLimits) {
