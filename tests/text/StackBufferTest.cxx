@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cstdint>
 #include <string>
 
 #include "StackBuffer.h"
 
 namespace StackBufferTest {
+
+#if UINTPTR_MAX == 0xFFFFFFFFu
+static_assert(sizeof(qnStackBuffer) == 1016, "a thousand bytes, three pointers and the increment");
+#endif
 
 std::string contents(const qnStackBuffer& buffer) { return std::string(buffer.base(), buffer.used()); }
 
@@ -139,6 +144,11 @@ TEST(StackBufferDeathTest, CapacitiesPast32BitsAreFatal) {
     qnStackBuffer buffer(0xFFFFFFFFu);
     EXPECT_EXIT(buffer.grow(1), testing::KilledBySignal(SIGABRT),
                 "^qnStackBuffer::grow: size of 4294968295 bytes exceeds 4294967295\n$");
+    // 10 bytes are used, so 0xFFFFFFFF - 990 are lacking: 1000 and these
+    qnStackBuffer small;
+    small.put("0123456789", 10);
+    EXPECT_EXIT(small.put(small.base(), 0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
+                "^qnStackBuffer::grow: size of 4294967305 bytes exceeds 4294967295\n$");
 }
 
 TEST(StackBuffer, CannotBeAssigned) { EXPECT_FALSE(std::is_copy_assignable<qnStackBuffer>::value); }

@@ -128,6 +128,39 @@ TEST(StrFormat, EveryConversionTakesWhatItsLengthSays) {
     EXPECT_EQ(std::string(std::strerror(ENOENT)) + " tail", bytes(formatted("%m %s", tail)));
 }
 
+TEST(StrFormat, TheStringBehindAnyConversionCounts) {
+    // A step too short or too long would take another word for the string: the estimate would miss its 400 characters.
+    const std::string text(400, 's');
+    const char* tail = text.c_str();
+    const auto expectEstimate = [](unsigned estimate, const qnStr& s) {
+        // One character more, and the terminator.
+        EXPECT_TRUE(hasBlockOf(s, estimate + 2)) << s.text() << ": " << malloc_usable_size(s.data);
+    };
+    expectEstimate(10 + 400, formatted("%d%s", 1, tail));
+    expectEstimate(10 + 400, formatted("%hhu%s", 1, tail));
+    expectEstimate(10 + 400, formatted("%li%s", 1L, tail));
+    expectEstimate(10 + 400, formatted("%llo%s", 1ULL, tail));
+    expectEstimate(10 + 400, formatted("%qx%s", 1LL, tail));
+    expectEstimate(10 + 400, formatted("%jX%s", std::uintmax_t(1), tail));
+    expectEstimate(10 + 400, formatted("%zu%s", std::size_t(1), tail));
+    expectEstimate(10 + 400, formatted("%td%s", std::ptrdiff_t(1), tail));
+    expectEstimate(10 + 400, formatted("%p%s", nullptr, tail));
+    expectEstimate(20 + 400, formatted("%e%s", 1.0, tail));
+    expectEstimate(20 + 400, formatted("%LE%s", 1.0L, tail));
+    expectEstimate(20 + 400, formatted("%Lf%s", 1.0L, tail));
+    expectEstimate(20 + 400, formatted("%lg%s", 1.0, tail));
+    expectEstimate(20 + 400, formatted("%G%s", 1.0, tail));
+    expectEstimate(1 + 400, formatted("%c%s", 'c', tail));
+    expectEstimate(1 + 400, formatted("%lc%s", std::wint_t(L'c'), tail));
+    expectEstimate(1 + 400, formatted("%%%s", tail));
+    expectEstimate(10 + 400, formatted("%*d%s", 3, 1, tail));
+    expectEstimate(20 + 400, formatted("%-*.*f%s", 6, 2, 1.0, tail));
+    expectEstimate(2 + 400, formatted("%.*s%s", 2, "abcdef", tail));
+    expectEstimate(6 + 400, formatted("%s%s", static_cast<const char*>(nullptr), tail));
+    // The estimate knows no %a: what it takes for its conversion is the first "g", and the others are plain.
+    expectEstimate(20 + 39, formatted("%a gggggggggggggggggggggggggggggggggggggggg", 1.0));
+}
+
 TEST(StrFormat, NConversionTakesAPointerAndCountsNothing) {
     int count = 0;
     // 2 and 3 plain characters, 4 for the string

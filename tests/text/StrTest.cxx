@@ -578,6 +578,10 @@ TEST(StrDeathTest, LengthsPast32BitsAreFatal) {
                 "^qnStr::qnStr: size of 4294967296 bytes exceeds 4294967295\n$");
     EXPECT_EXIT(qnStr("abc").append("x", 0xFFFFFFFDu), testing::KilledBySignal(SIGABRT),
                 "^qnStr::append: size of 4294967297 bytes exceeds 4294967295\n$");
+    EXPECT_EXIT(qnStr("abc").insert("x", 1, 0xFFFFFFFCu), testing::KilledBySignal(SIGABRT),
+                "^qnStr::insert: size of 4294967297 bytes exceeds 4294967295\n$");
+    EXPECT_EXIT(qnStr("abc").setMaxLength(0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
+                "^qnStr::resizeInternal: size of 4294967296 bytes exceeds 4294967295\n$");
     EXPECT_EXIT(qnStr("abc").resize(0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
                 "^qnStr::resizeInternal: size of 4294967296 bytes exceeds 4294967295\n$");
 }
