@@ -281,7 +281,10 @@ bool qnStr::xdr(qnTranscriber& transcriber) {
     slength = storedLength;
     if (slength == 1) return true;
     qnReadSupport::expectText(transcriber);
-    if (transcriber.xdr(&data, slength)) return true;
+    if (transcriber.xdr(&data, slength)) {
+        if (data == nullptr) qnFatal("format error");
+        return true;
+    }
     // The text never came.
     slength = 1;
     return false;

@@ -89,6 +89,14 @@ TEST(StrXdrDeathTest, ALengthOfZeroIsRefused) {
     EXPECT_EXIT(s.xdr(reader), testing::KilledBySignal(SIGABRT), "^format error\n$");
 }
 
+TEST(StrXdrDeathTest, ATextThatIsNullIsRefused) {
+    FakeTranscriber reader(FakeTranscriber::Reading);
+    reader.feed({4});
+    reader.feedNullText();
+    qnStr s;
+    EXPECT_EXIT(s.xdr(reader), testing::KilledBySignal(SIGABRT), "^format error\n$");
+}
+
 TEST(StrFactory, MakesAnEmptyStringAndIgnoresNull) {
     qnStr* made = static_cast<qnStr*>(qnStr::newInstance(qnStr_type));
     EXPECT_TRUE(isShared(*made));
