@@ -22,7 +22,8 @@ qnTempStr& qnTempStr::concat(const char* s, unsigned len) {
     bool own = heap::contains(data, slength, s);
     std::size_t from = own ? static_cast<std::size_t>(s - data) : 0;
     if (data != inlineBuffer) {
-        data = static_cast<char*>(heap::reallocate(data, grown, "qnTempStr::concat"));
+        // A block of 100 bytes is a copy's; nothing is asked for it while it is large enough.
+        if (grown > InlineSize) data = static_cast<char*>(heap::reallocate(data, grown, "qnTempStr::concat"));
     } else if (grown > InlineSize) {
         data = static_cast<char*>(heap::allocate(grown, "qnTempStr::concat"));
         std::memcpy(data, inlineBuffer, slength);

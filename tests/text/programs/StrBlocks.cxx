@@ -132,6 +132,9 @@ void temporaries() {
     expect(__LINE__, "m101 ", [&] { t98.concat("y", 1); });
     expect(__LINE__, "r103 ", [&] { t98.concat("yz", 2); });
     expect(__LINE__, "r103 ", [&] { t98.concat("", 0); });
+    qnTempStr copy99(t99);
+    expect(__LINE__, "", [&] { copy99.concat("", 0); });
+    expect(__LINE__, "r101 ", [&] { copy99.concat("a", 1); });
     expect(__LINE__, "m104 ", [&] { t99.concat("abcd", 4); });
     qnStr a("a"), b(text, 60u), result;
     expect(__LINE__, "m6 ", [&] { result = a + "-" + a + "-" + a; });
