@@ -26,7 +26,7 @@ inline bool isBelievable(unsigned nbuckets, unsigned entries) {
  * gives the block of the next entry and sets its bucket's number, or gives null, which ends the reading with false.
  */
 template <class Buckets, class ReadEntry>
-bool readTable(Buckets& buckets, unsigned nbuckets, unsigned entries, ReadEntry readEntry) {
+bool readTable(Buckets& buckets, unsigned nbuckets, unsigned entries, const char* operation, ReadEntry readEntry) {
     typedef typename Buckets::ElementType LinkPointer;
     typedef typename std::remove_pointer<LinkPointer>::type Link;
     if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries)) {
@@ -46,7 +46,7 @@ bool readTable(Buckets& buckets, unsigned nbuckets, unsigned entries, ReadEntry 
             buckets.resize(grown < nbuckets ? grown : nbuckets);
         }
         LinkPointer& head = buckets.elements()[b];
-        head = new Link(entry, head);
+        head = heap::create<Link>(operation, entry, head);
     }
     if (buckets.length() != nbuckets) buckets.resize(nbuckets);
     return true;

@@ -69,7 +69,7 @@ char* qnDictionary::newEntry() const {
 
 qnDictBucket* qnDictionary::pushEntry(unsigned bucket, char* entry) {
     qnDictBucket*& head = buckets.elements()[bucket];
-    head = new qnDictBucket(entry, head);
+    head = heap::create<qnDictBucket>("qnDictionary::addInternal", entry, head);
     ++count;
     return head;
 }

@@ -81,7 +81,7 @@ void qnSet::add(const void* key) {
     char* entry = newEntry();
     copyKey(key, entry);
     qnSetBucket*& head = buckets.elements()[bucket];
-    head = new qnSetBucket(entry, head);
+    head = heap::create<qnSetBucket>("qnSet::add", entry, head);
     ++count;
 }
 

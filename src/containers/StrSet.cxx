@@ -1,6 +1,7 @@
 #include "StrSet.h"
 
 #include "containers/StrRecord.h"
+#include "core/Heap.h"
 
 qnStrSet::qnStrSet(unsigned nbuckets) : qnSet(sizeof(qnStr), nbuckets) {}
 
@@ -16,7 +17,7 @@ bool qnStrSet::xdr(qnTranscriber& transcriber) {
 
 qnTypeObj& qnStrSet::getTypeObj() const { return isDismantled() ? qnXDRObj_type : qnStrSet_type; }
 
-void* qnStrSet::newInstance(qnTypeObj& type) { return new qnStrSet(type); }
+void* qnStrSet::newInstance(qnTypeObj& type) { return heap::create<qnStrSet>("qnStrSet::newInstance", type); }
 
 void qnStrSet::deleteInstance(void* object) { delete static_cast<qnStrSet*>(object); }
 

@@ -1,6 +1,7 @@
 #include "StrStrDictionary.h"
 
 #include "containers/StrRecord.h"
+#include "core/Heap.h"
 
 qnStrStrDictionary::qnStrStrDictionary(unsigned nbuckets) : qnStrKeyDictionary(sizeof(qnStr), nbuckets) {}
 
@@ -18,7 +19,9 @@ bool qnStrStrDictionary::xdr(qnTranscriber& transcriber) { return doxdr(transcri
 
 qnTypeObj& qnStrStrDictionary::getTypeObj() const { return qnStrStrDictionary_type; }
 
-void* qnStrStrDictionary::newInstance(qnTypeObj& type) { return new qnStrStrDictionary(type); }
+void* qnStrStrDictionary::newInstance(qnTypeObj& type) {
+    return heap::create<qnStrStrDictionary>("qnStrStrDictionary::newInstance", type);
+}
 
 void qnStrStrDictionary::deleteInstance(void* object) { delete static_cast<qnStrStrDictionary*>(object); }
 

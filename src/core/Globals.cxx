@@ -15,6 +15,7 @@
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "XDRObj.h"
+#include "core/Heap.h"
 
 namespace {
 
@@ -35,18 +36,18 @@ void drawDataTypes() {
 void qnOG_Init_cons() {
     qnProperty::constructPropertyNames();
     if (qn_nextDataType == nullptr) {
-        qn_nextDataType = new qnSequencer;
+        qn_nextDataType = heap::create<qnSequencer>("qnInitializeToolkit");
         drawDataTypes();
     }
     qnConverter::createStandardConverters();
-    if (qn_theExecutive == nullptr) qn_theExecutive = new qnExec;
-    if (qn_theEventHandler == nullptr) qn_theEventHandler = new qnEventHandler;
+    if (qn_theExecutive == nullptr) qn_theExecutive = heap::create<qnExec>("qnInitializeToolkit");
+    if (qn_theEventHandler == nullptr) qn_theEventHandler = heap::create<qnEventHandler>("qnInitializeToolkit");
     if (qn_nextEventType == nullptr) {
-        qn_nextEventType = new qnSequencer;
+        qn_nextEventType = heap::create<qnSequencer>("qnInitializeToolkit");
         qnET_Unknown = (*qn_nextEventType)();
         qnET_MessageEvent = (*qn_nextEventType)();
     }
-    if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
+    if (qn_theDebugger == nullptr) qn_theDebugger = heap::create<qnDebug>("qnInitializeToolkit", true);
 }
 
 void qnOG_Init_dest() {}

@@ -2,6 +2,7 @@
 
 #include "Checked.h"
 #include "MessageEvent.h"
+#include "core/Heap.h"
 #include "core/LiveWalk.h"
 #include "events/Post.h"
 #include "events/QueueWalk.h"
@@ -52,7 +53,7 @@ void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnOb
         if (mode == qnObj::qnSF_Immediate) {
             box->deliverTo(entry->deliverFunc, entry->closure);
         } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
-            qnMessageEvent* event = new qnMessageEvent(entry, box);
+            qnMessageEvent* event = heap::create<qnMessageEvent>("qnEventHandler::postMessage", entry, box);
             handler.postEvent(event, mode == qnObj::qnSF_Urgent);
             if (entry->latestOnly()) entry->pending = event;
         }

@@ -3,6 +3,7 @@
 #include "Converter.h"
 #include "EventHandler.h"
 #include "OutputChannel.h"
+#include "core/Heap.h"
 #include "objects/PointerList.h"
 
 qnInputChannel::qnInputChannel(unsigned short type, void* theClosure, qnDeliverFunc fn, qnBool latestOnlyFlag)
@@ -23,7 +24,7 @@ qnInputChannel::~qnInputChannel() {
 }
 
 void qnInputChannel::add(qnOutputChannel* output) {
-    if (outputs_ == nullptr) outputs_ = new qnVoidPtrArray;
+    if (outputs_ == nullptr) outputs_ = heap::create<qnVoidPtrArray>("qnInputChannel::add");
     pointers::append(*outputs_, output);
 }
 

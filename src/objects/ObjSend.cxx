@@ -18,24 +18,28 @@ inline void post(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) 
 
 void qnObj::sendData(qnOutputChannel* output, qnData* box, qnSendFlags mode) { post(output, box, mode); }
 
-void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) { post(output, new qnVoidData, mode); }
-
-void qnObj::sendBool(qnOutputChannel* output, qnBool value, qnSendFlags mode) {
-    post(output, new qnBoolData(value), mode);
+void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) {
+    post(output, heap::create<qnVoidData>("qnObj::sendVoid"), mode);
 }
 
-void qnObj::sendInt(qnOutputChannel* output, int value, qnSendFlags mode) { post(output, new qnIntData(value), mode); }
+void qnObj::sendBool(qnOutputChannel* output, qnBool value, qnSendFlags mode) {
+    post(output, heap::create<qnBoolData>("qnObj::sendBool", value), mode);
+}
+
+void qnObj::sendInt(qnOutputChannel* output, int value, qnSendFlags mode) {
+    post(output, heap::create<qnIntData>("qnObj::sendInt", value), mode);
+}
 
 void qnObj::sendLong(qnOutputChannel* output, long value, qnSendFlags mode) {
-    post(output, new qnLongData(value), mode);
+    post(output, heap::create<qnLongData>("qnObj::sendLong", value), mode);
 }
 
 void qnObj::sendFloat(qnOutputChannel* output, float value, qnSendFlags mode) {
-    post(output, new qnFloatData(value), mode);
+    post(output, heap::create<qnFloatData>("qnObj::sendFloat", value), mode);
 }
 
 void qnObj::sendDouble(qnOutputChannel* output, double value, qnSendFlags mode) {
-    post(output, new qnDoubleData(value), mode);
+    post(output, heap::create<qnDoubleData>("qnObj::sendDouble", value), mode);
 }
 
 void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags mode) {
@@ -44,5 +48,5 @@ void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags 
         text = strdup(value);
         if (text == nullptr) heap::outOfMemory("qnObj::sendCharPtr");
     }
-    post(output, new qnCharPtrData(text), mode);
+    post(output, heap::create<qnCharPtrData>("qnObj::sendCharPtr", text), mode);
 }
