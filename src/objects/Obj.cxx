@@ -2,6 +2,7 @@
 
 #include "Fatal.h"
 #include "VoidPtrDict.h"
+#include "events/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -96,6 +97,7 @@ void dt_output_dict(void* outputs) {
 qnObj::~qnObj() {
     if (properties_ == nullptr) return;
     removeAllProperties();
+    Watch::gone(properties_);
     delete properties_;
 }
 

@@ -1,6 +1,7 @@
 // The properties of an object: a list sorted by tag, at most one for a tag.
 #include "Checked.h"
 #include "Obj.h"
+#include "events/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -72,7 +73,8 @@ qnObj* qnObj::removeProperty(const char* name) { return removeProperty(qnPropert
 qnObj* qnObj::removeAllProperties() {
     if (properties_ == nullptr) return this;
     // Each leaves its place before it is released: its release may look at the list, or change it, so what was set
-    // meanwhile has another turn.
+    // meanwhile has another turn. It may also destroy the object.
+    Watch list(properties_);
     bool again = true;
     while (again) {
         again = false;
@@ -81,6 +83,7 @@ qnObj* qnObj::removeAllProperties() {
             if (property == nullptr) continue;
             placesOf(*properties_)[i] = nullptr;
             qnRelease(property);
+            if (!list.alive()) return this;
             again = true;
         }
     }
