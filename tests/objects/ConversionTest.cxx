@@ -110,9 +110,8 @@ TEST_F(Conversion, BoolToDouble) {
 TEST_F(Conversion, IntToBoolTakesTheLowByte) {
     const struct {
         int value, low;
-    } rows[] = {{0, 0},     {1, 1},        {2, 2},        {255, 255},           {256, 0},
-                {257, 1},   {-1, 255},     {-256, 0},     {INT_MAX, 255},       {INT_MIN, 0},
-                {-128, 128}, {0x1234, 0x34}, {1 << 30, 0}, {0x12345678, 0x78}};
+    } rows[] = {{0, 0},    {1, 1},         {2, 2},       {255, 255},  {256, 0},       {257, 1},     {-1, 255},
+                {-256, 0}, {INT_MAX, 255}, {INT_MIN, 0}, {-128, 128}, {0x1234, 0x34}, {1 << 30, 0}, {0x12345678, 0x78}};
     for (const auto& row : rows) EXPECT_EQ(row.low, (converted<int, int>(qnDT_int, qnDT_qnBool, row.value)));
 }
 
@@ -138,18 +137,18 @@ TEST_F(Conversion, FloatToBoolTakesTheLowByteOfTheBits) {
         float value;
         int low;
     } rows[] = {
-        {1.0f, 0},                             // 3F800000
-        {0.0f, 0},                             // 00000000
-        {-0.0f, 0},                            // 80000000
-        {0.1f, 0xCD},                          // 3DCCCCCD
-        {1.0f / 3, 0xAB},                      // 3EAAAAAB
-        {-1.0f / 3, 0xAB},                     // BEAAAAAB
-        {floatOf(1), 1},                       // the smallest of all
-        {FloatMax, 255},                       // 7F7FFFFF
-        {static_cast<float>(Infinity), 0},     // 7F800000
-        {floatOf(0x7FC00055), 0x55},           // not a number, with a payload
-        {16777215.0f, 0xFF},                   // 4B7FFFFF
-        {256.0f + 1.0f / 32768 * 2, 2},        // 43800002
+        {1.0f, 0},                          // 3F800000
+        {0.0f, 0},                          // 00000000
+        {-0.0f, 0},                         // 80000000
+        {0.1f, 0xCD},                       // 3DCCCCCD
+        {1.0f / 3, 0xAB},                   // 3EAAAAAB
+        {-1.0f / 3, 0xAB},                  // BEAAAAAB
+        {floatOf(1), 1},                    // the smallest of all
+        {FloatMax, 255},                    // 7F7FFFFF
+        {static_cast<float>(Infinity), 0},  // 7F800000
+        {floatOf(0x7FC00055), 0x55},        // not a number, with a payload
+        {16777215.0f, 0xFF},                // 4B7FFFFF
+        {256.0f + 1.0f / 32768 * 2, 2},     // 43800002
     };
     for (const auto& row : rows) {
         EXPECT_EQ(row.low, (converted<float, int>(qnDT_float, qnDT_qnBool, row.value))) << row.value;
@@ -173,9 +172,9 @@ TEST_F(Conversion, FloatToIntTruncates) {
 }
 
 TEST_F(Conversion, AFloatThatFitsNoIntIsTheLeastInt) {
-    const float values[] = {2147483648.0f, -2147483904.0f, 1e30f,     -1e30f,
-                            FloatMax,      -FloatMax,      floatOf(0x7F800000), floatOf(0xFF800000),
-                            floatOf(0x7FC00000)};
+    const float values[] = {
+        2147483648.0f,       -2147483904.0f,     1e30f, -1e30f, FloatMax, -FloatMax, floatOf(0x7F800000),
+        floatOf(0xFF800000), floatOf(0x7FC00000)};
     for (float value : values) EXPECT_EQ(INT_MIN, (converted<float, int>(qnDT_float, qnDT_int, value))) << value;
 }
 
@@ -195,15 +194,15 @@ TEST_F(Conversion, DoubleToBoolTakesTheLowByteOfTheBits) {
         double value;
         int low;
     } rows[] = {
-        {1.0, 0},                                // 3FF0000000000000
-        {-0.0, 0},                               // 8000000000000000
-        {0.1, 0x9A},                             // 3FB999999999999A
-        {1.0 / 3, 0x55},                         // 3FD5555555555555
-        {1e300, 0x9C},                           // 7E37E43C8800759C
-        {-1e300, 0x9C},                          // FE37E43C8800759C
-        {Infinity, 0},                           // 7FF0000000000000
-        {doubleOf(0x7FF8000000000077), 0x77},    // not a number, with a payload
-        {doubleOf(0x3FF0000100000000), 0},       // bits in the upper word only
+        {1.0, 0},                              // 3FF0000000000000
+        {-0.0, 0},                             // 8000000000000000
+        {0.1, 0x9A},                           // 3FB999999999999A
+        {1.0 / 3, 0x55},                       // 3FD5555555555555
+        {1e300, 0x9C},                         // 7E37E43C8800759C
+        {-1e300, 0x9C},                        // FE37E43C8800759C
+        {Infinity, 0},                         // 7FF0000000000000
+        {doubleOf(0x7FF8000000000077), 0x77},  // not a number, with a payload
+        {doubleOf(0x3FF0000100000000), 0},     // bits in the upper word only
         {std::numeric_limits<double>::max(), 255},
         {std::numeric_limits<double>::denorm_min(), 1},
     };

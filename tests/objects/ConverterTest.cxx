@@ -1,7 +1,9 @@
-// The registry of converters, the instances made from it, and how they stand between channels. What each of the standard
-// conversions makes of values is in ConversionTest.
+// The registry of converters, the instances made from it, and how they stand between channels. What each of the
+// standard conversions makes of values is in ConversionTest.
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,10 @@
 #include "OrderedGlobal.h"
 
 namespace ConverterTest {
+
+#if UINTPTR_MAX == 0xFFFFFFFF
+static_assert(sizeof(qnConverter) == sizeof(qnInputChannel) + 8, "a target type, the next in the registry");
+#endif
 
 class Converter : public testing::Test {
 protected:
@@ -29,8 +35,9 @@ qnConverter* registerNew(unsigned short from, unsigned short to, void (*fn)(void
 }
 
 TEST_F(Converter, ThereAreExactlyEighteenAmongTheStandardTypes) {
-    const unsigned short codes[] = {qnDT_void,    qnDT_qnBool, qnDT_int,     qnDT_long,   qnDT_float,   qnDT_double,
-                                    qnDT_CharPtr, qnDT_qnStr,  qnDT_VoidPtr, qnDT_ObjPtr, qnDT_DataPtr, qnDT_qnStrArray};
+    const unsigned short codes[] = {qnDT_void,    qnDT_qnBool, qnDT_int,     qnDT_long,
+                                    qnDT_float,   qnDT_double, qnDT_CharPtr, qnDT_qnStr,
+                                    qnDT_VoidPtr, qnDT_ObjPtr, qnDT_DataPtr, qnDT_qnStrArray};
     // From the row's type to the column's.
     const char* const convertible[] = {
         "............",  // void
@@ -136,8 +143,8 @@ TEST_F(Converter, SpliceCopiesLatestOnly) {
     registerNew(from, to, convertOne);
     const int flags[] = {1, 2, 255};  // anything but 0 counts as 1
     for (int flag : flags) {
-        qnInputChannel* input = new qnInputChannel(to, nullptr, reinterpret_cast<qnDeliverFunc>(&ignoreInt),
-                                                   static_cast<qnBool>(flag));
+        qnInputChannel* input =
+            new qnInputChannel(to, nullptr, reinterpret_cast<qnDeliverFunc>(&ignoreInt), static_cast<qnBool>(flag));
         qnConverter* instance = qnConverter::findConverter(from, to);
         EXPECT_EQ(0, instance->latestOnly());
         instance->splice(input);

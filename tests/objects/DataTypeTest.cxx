@@ -1,5 +1,6 @@
-// Inputs made from typed functions: the data type that follows from the function's parameter, what the compiler accepts,
-// and that the function is called with the value and with its own object. What it refuses is in typed_inputs_e2e.sh.
+// Inputs made from typed functions: the data type that follows from the function's parameter, what the compiler
+// accepts, and that the function is called with the value and with its own object. What it refuses is in
+// typed_inputs_e2e.sh.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -92,7 +93,9 @@ void onStrTaken(Meter* meter, qnStr&& value) {
     meter->seen += std::string("string&& ") + taken.text() + " ";
 }
 void onNames(Meter* meter, qnStrArray value) { meter->seen += "names " + std::to_string(value.length()) + " "; }
-void onNamesRef(Meter* meter, const qnStrArray& value) { meter->seen += "names& " + std::to_string(value.length()) + " "; }
+void onNamesRef(Meter* meter, const qnStrArray& value) {
+    meter->seen += "names& " + std::to_string(value.length()) + " ";
+}
 void onDoubleRef(Meter* meter, const double& value) { onDouble(meter, value); }
 
 /** Sends a box at once from an output of its type to the meter's input "in". */
@@ -132,9 +135,27 @@ TEST_F(DataType, FollowsFromTheParameter) {
     EXPECT_EQ("string& abc ", seen(m, m.addInput("in", &m, &onStrRef), qnDT_qnStr, new qnStrData("abc")));
     EXPECT_EQ("string&& abc ", seen(m, m.addInput("in", &m, &onStrTaken), qnDT_qnStr, new qnStrData("abc")));
     EXPECT_EQ("names 2 ", seen(m, m.addInput("in", &m, &onNames), qnDT_qnStrArray, new qnStrArrayData(twoNames())));
-    EXPECT_EQ("names& 2 ",
-              seen(m, m.addInput("in", &m, &onNamesRef), qnDT_qnStrArray, new qnStrArrayData(twoNames())));
+    EXPECT_EQ("names& 2 ", seen(m, m.addInput("in", &m, &onNamesRef), qnDT_qnStrArray, new qnStrArrayData(twoNames())));
     EXPECT_EQ("double 0.1 ", seen(m, m.addInput("in", &m, &onDoubleRef), qnDT_double, new qnDoubleData(0.1)));
+}
+
+TEST_F(DataType, AnInputForSignalsTakesEveryTypeOfValue) {
+    Meter m;
+    m.addInput("in", &m, &onSignal);
+    qnData* const boxes[] = {new qnVoidData,
+                             new qnBoolData(1),
+                             new qnIntData(1),
+                             new qnLongData(1),
+                             new qnFloatData(1),
+                             new qnDoubleData(1),
+                             new qnCharPtrData(nullptr),
+                             new qnStrData("abc"),
+                             new qnStrArrayData(twoNames())};
+    for (qnData* box : boxes) {
+        m.seen.clear();
+        send(m, box);
+        EXPECT_EQ("signal ", m.seen);
+    }
 }
 
 TEST_F(DataType, MayBeNamed) {
@@ -167,8 +188,7 @@ TEST_F(DataType, OfAFunctionThatTheCompilerKnowsTheClosureIsTheObject) {
     EXPECT_EQ("text abc ", seen(m, m.addInput<&onText>("in", &m), qnDT_CharPtr, new qnCharPtrData(strdup("abc"))));
     EXPECT_EQ("string abc ", seen(m, m.addInput<&onStr>("in", &m), qnDT_qnStr, new qnStrData("abc")));
     EXPECT_EQ("string& abc ", seen(m, m.addInput<&onStrRef>("in", &m), qnDT_qnStr, new qnStrData("abc")));
-    EXPECT_EQ("names 2 ",
-              seen(m, m.addInput<&onNames>("in", &m), qnDT_qnStrArray, new qnStrArrayData(twoNames())));
+    EXPECT_EQ("names 2 ", seen(m, m.addInput<&onNames>("in", &m), qnDT_qnStrArray, new qnStrArrayData(twoNames())));
     EXPECT_EQ(1, m.addInput<&onInt>("in", &m, 1)->latestOnly());
 }
 
@@ -183,8 +203,10 @@ TEST_F(DataType, AFunctionMayPromiseNotToThrow) {
 
 TEST_F(DataType, TheFunctionMayBeALambda) {
     Meter m;
-    EXPECT_EQ("lambda ", seen(m, m.addInput("in", &m, +[](Meter* meter, int) { meter->seen += "lambda "; }), qnDT_int,
-                              new qnIntData(7)));
+    EXPECT_EQ("lambda ", seen(m,
+                              m.addInput(
+                                  "in", &m, +[](Meter* meter, int) { meter->seen += "lambda "; }),
+                              qnDT_int, new qnIntData(7)));
 }
 
 TEST_F(DataType, LatestOnlyMayBeAsked) {
@@ -222,7 +244,8 @@ TEST_F(DataType, TheObjectArrivesAsTheClassThatTheFunctionTakes) {
 TEST_F(DataType, TheObjectNeedNotBeAnObjectOfTheLibrary) {
     qnObj object;
     int sum = 0;
-    object.addInput("in", &sum, +[](int* total, int value) { *total += value; });
+    object.addInput(
+        "in", &sum, +[](int* total, int value) { *total += value; });
     qnOutputChannel* out = object.addOutput("out", qnDT_int);
     object.connect("out", &object, "in");
     object.sendInt(out, 40, qnObj::qnSF_Immediate);

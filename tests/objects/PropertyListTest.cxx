@@ -1,12 +1,11 @@
-// The properties of an object: a list sorted by tag, its binary search, and who is let go of when, also when the release
-// functions look at the list or change it.
+// The properties of an object: a list sorted by tag, its binary search, and who is let go of when, also when the
+// release functions look at the list or change it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -103,9 +102,7 @@ TEST_F(PropertyList, FindingReportsTheIndex) {
 
 // A miss reports the place that was probed last. Worked out by hand: the probes are in the middle, rounded down.
 
-TEST_F(PropertyList, AMissAmongOne) {
-    EXPECT_THAT(misses(Tagged({10}), {5, 15}), ElementsAre(0, 0));
-}
+TEST_F(PropertyList, AMissAmongOne) { EXPECT_THAT(misses(Tagged({10}), {5, 15}), ElementsAre(0, 0)); }
 
 TEST_F(PropertyList, AMissAmongTwo) {
     // 5: 0. 15: 0, 1. 25: 0, 1.

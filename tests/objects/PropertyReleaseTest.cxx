@@ -1,5 +1,5 @@
-// Release functions, and destructors of objects that properties hold, that look at the list that their property is in or
-// was in, and that change it: a property has left its place before it is let go of.
+// Release functions, and destructors of objects that properties hold, that look at the list that their property is in
+// or was in, and that change it: a property has left its place before it is let go of.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

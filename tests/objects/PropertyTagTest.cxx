@@ -16,9 +16,7 @@ protected:
     static void SetUpTestSuite() { qnInitializeToolkit(); }
 };
 
-TEST_F(PropertyTag, OfAnUnknownNameIsNoTag) {
-    EXPECT_EQ(65535, qnProperty::findTag("a name that nobody gave"));
-}
+TEST_F(PropertyTag, OfAnUnknownNameIsNoTag) { EXPECT_EQ(65535, qnProperty::findTag("a name that nobody gave")); }
 
 TEST_F(PropertyTag, IsFoundUnderItsName) {
     const unsigned short width = qnProperty::allocNewTag("tag-width");

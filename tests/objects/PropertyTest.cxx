@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <type_traits>
@@ -18,6 +20,10 @@ static_assert(std::has_virtual_destructor<qnProperty>::value, "");
 static_assert(!std::is_base_of<qnRCObj, qnProperty>::value, "a property is not serialisable");
 static_assert(std::is_same<decltype(qnProperty::refCount), unsigned>::value, "");
 static_assert(qnProperty::NoTag == 65535, "");
+
+#if UINTPTR_MAX == 0xFFFFFFFF
+static_assert(sizeof(qnProperty) == 20, "virtual functions, count, tag and type, a value of two words");
+#endif
 
 // There is no kind for an int.
 static_assert(!std::is_constructible<qnProperty, unsigned short, int>::value, "");
@@ -161,6 +167,16 @@ TEST_F(Property, OfTextMayBeSetToTheTextThatItOwns) {
     qnProperty p(1, text, 1);
     p.setAsCharPtr(p.getAsCharPtr(), 1);
     EXPECT_STREQ("text", p.getAsCharPtr());
+}
+
+TEST_F(Property, OfTextMayGiveItsTextAway) {
+    char* text = strdup("text");
+    {
+        qnProperty p(1, text, 1);
+        p.setAsCharPtr(text, 0);
+    }
+    EXPECT_STREQ("text", text);
+    std::free(text);
 }
 
 TEST_F(Property, OfAStringOwnsACopy) {

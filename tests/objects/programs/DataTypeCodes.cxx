@@ -1,10 +1,11 @@
-// The data type codes are the first twelve numbers of a fresh allocator; until then all are 0 and nothing is registered.
+// The data type codes are the first twelve numbers of a fresh allocator; until then all are 0 and nothing is
+// registered.
 #include <morvaqnds.h>
 
 #include <cstdio>
 
-static unsigned short* const codes[] = {&qnDT_void,   &qnDT_qnBool,  &qnDT_int,    &qnDT_long,
-                                        &qnDT_float,  &qnDT_double,  &qnDT_CharPtr, &qnDT_qnStr,
+static unsigned short* const codes[] = {&qnDT_void,    &qnDT_qnBool, &qnDT_int,     &qnDT_long,
+                                        &qnDT_float,   &qnDT_double, &qnDT_CharPtr, &qnDT_qnStr,
                                         &qnDT_VoidPtr, &qnDT_ObjPtr, &qnDT_DataPtr, &qnDT_qnStrArray};
 
 static int fail(const char* what) {

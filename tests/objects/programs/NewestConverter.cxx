@@ -1,5 +1,5 @@
-// A program may replace a standard conversion: connections that it makes from then on use the new one, earlier ones keep
-// what they have, even when they are queued.
+// A program may replace a standard conversion: connections that it makes from then on use the new one, earlier ones
+// keep what they have, even when they are queued.
 #include <morvaqnds.h>
 
 #include <cstdio>

@@ -18,8 +18,9 @@ int main() {
     qnSequencer* const own = qn_nextDataType;
     qnInitializeToolkit();
     if (qn_nextDataType != own) return fail("the allocator was replaced");
-    const unsigned short codes[] = {qnDT_void,    qnDT_qnBool, qnDT_int,     qnDT_long,   qnDT_float,   qnDT_double,
-                                    qnDT_CharPtr, qnDT_qnStr,  qnDT_VoidPtr, qnDT_ObjPtr, qnDT_DataPtr, qnDT_qnStrArray};
+    const unsigned short codes[] = {qnDT_void,    qnDT_qnBool, qnDT_int,     qnDT_long,
+                                    qnDT_float,   qnDT_double, qnDT_CharPtr, qnDT_qnStr,
+                                    qnDT_VoidPtr, qnDT_ObjPtr, qnDT_DataPtr, qnDT_qnStrArray};
     for (unsigned short code : codes) {
         if (code != 0) return fail("a code was assigned");
     }
