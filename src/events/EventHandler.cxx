@@ -3,6 +3,7 @@
 #include "Checked.h"
 #include "MessageEvent.h"
 #include "core/LiveWalk.h"
+#include "events/Post.h"
 #include "events/QueueWalk.h"
 #include "events/Watch.h"
 
@@ -29,6 +30,10 @@ void qnEventHandler::postEvent(qnEvent* event, qnBool front) {
 }
 
 void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
+    postBox(*this, output, box, mode);
+}
+
+void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
     const unsigned n = output->getNumberOfConnections();
     if (n == 0) {
         if (box->refCount == 0) delete box;
@@ -43,12 +48,12 @@ void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qn
     while (walk.next(i)) {
         qnInputChannel* entry = (*output)[i];
         ++entry->refCount;
-        if (entry->latestOnly() && entry->pending != nullptr) dropPending(*this, *entry);
+        if (entry->latestOnly() && entry->pending != nullptr) dropPending(handler, *entry);
         if (mode == qnObj::qnSF_Immediate) {
             box->deliverTo(entry->deliverFunc, entry->closure);
         } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
             qnMessageEvent* event = new qnMessageEvent(entry, box);
-            postEvent(event, mode == qnObj::qnSF_Urgent);
+            handler.postEvent(event, mode == qnObj::qnSF_Urgent);
             if (entry->latestOnly()) entry->pending = event;
         }
         // Deliberate: with any other mode nothing is done for the entry, and the box is lost.

@@ -54,13 +54,11 @@ void qnInputChannel::flush() {
     if (held) qnRelease(this);
 }
 
-bool qnRelease(qnInputChannel* channel) {
-    if (channel == nullptr || --channel->refCount != 0) return false;
+void qnDestroy(qnInputChannel* channel) {
     // Channels have no virtual destructor: each is destroyed as what it is.
     if (channel->isConverter()) {
         delete static_cast<qnConverter*>(channel);
     } else {
         delete channel;
     }
-    return true;
 }

@@ -1,37 +1,41 @@
 #include <cstring>
 
 #include "Checked.h"
-#include "EventHandler.h"
 #include "Obj.h"
 #include "core/Heap.h"
+#include "events/Post.h"
 
-void qnObj::sendData(qnOutputChannel* output, qnData* box, qnSendFlags mode) {
+namespace {
+
+inline void post(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
     MORVAQNDS_REQUIRE(output != nullptr, "qnObj::sendData: no output");
     MORVAQNDS_REQUIRE(box != nullptr, "qnObj::sendData: no box");
     MORVAQNDS_REQUIRE(qn_theEventHandler != nullptr, "qnObj::sendData: the toolkit is not initialised");
-    qn_theEventHandler->postMessage(output, box, mode);
+    postBox(*qn_theEventHandler, output, box, mode);
 }
 
-void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) { sendData(output, new qnVoidData, mode); }
+}  // namespace
+
+void qnObj::sendData(qnOutputChannel* output, qnData* box, qnSendFlags mode) { post(output, box, mode); }
+
+void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) { post(output, new qnVoidData, mode); }
 
 void qnObj::sendBool(qnOutputChannel* output, qnBool value, qnSendFlags mode) {
-    sendData(output, new qnBoolData(value), mode);
+    post(output, new qnBoolData(value), mode);
 }
 
-void qnObj::sendInt(qnOutputChannel* output, int value, qnSendFlags mode) {
-    sendData(output, new qnIntData(value), mode);
-}
+void qnObj::sendInt(qnOutputChannel* output, int value, qnSendFlags mode) { post(output, new qnIntData(value), mode); }
 
 void qnObj::sendLong(qnOutputChannel* output, long value, qnSendFlags mode) {
-    sendData(output, new qnLongData(value), mode);
+    post(output, new qnLongData(value), mode);
 }
 
 void qnObj::sendFloat(qnOutputChannel* output, float value, qnSendFlags mode) {
-    sendData(output, new qnFloatData(value), mode);
+    post(output, new qnFloatData(value), mode);
 }
 
 void qnObj::sendDouble(qnOutputChannel* output, double value, qnSendFlags mode) {
-    sendData(output, new qnDoubleData(value), mode);
+    post(output, new qnDoubleData(value), mode);
 }
 
 void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags mode) {
@@ -40,5 +44,5 @@ void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags 
         text = strdup(value);
         if (text == nullptr) heap::outOfMemory("qnObj::sendCharPtr");
     }
-    sendData(output, new qnCharPtrData(text), mode);
+    post(output, new qnCharPtrData(text), mode);
 }
