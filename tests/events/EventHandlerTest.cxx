@@ -312,7 +312,7 @@ TEST_F(EventHandler, PredicateDistributes) {
 // zapMessageEvents and removeMessageEvents.
 
 TEST_F(EventHandler, ZapAcceptsMessagesForTheChannelOnly) {
-    Watch in(intInput(receiver, "a", a)), other(intInput(receiver, "b", b));
+    ChannelWatch in(intInput(receiver, "a", a)), other(intInput(receiver, "b", b));
     qnMessageEvent message(in.channel, new CountedBox(1));
     NamedEvent plain("x");
     EXPECT_EQ(zapMessageEvents(&message, in.channel), 1);
@@ -329,14 +329,14 @@ TEST_F(EventHandler, ZapRefusesEventsOfAnotherTypeForTheChannel) {
         qnInputChannel* getChannel() override { return channel; }
         qnInputChannel* channel;
     };
-    Watch in(intInput(receiver, "a", a));
+    ChannelWatch in(intInput(receiver, "a", a));
     Similar similar(qnET_Unknown, in.channel), message(qnET_MessageEvent, in.channel);
     EXPECT_EQ(zapMessageEvents(&similar, in.channel), 0);
     EXPECT_EQ(zapMessageEvents(&message, in.channel), 1) << "the type code decides, not the class";
 }
 
 TEST_F(EventHandler, ZapClearsPendingIfItIsThisMessage) {
-    Watch in(intInput(receiver, "a", a, 1));
+    ChannelWatch in(intInput(receiver, "a", a, 1));
     qnMessageEvent message(in.channel, new CountedBox(1)), other(in.channel, new CountedBox(2));
     in->pending = &other;
     EXPECT_EQ(zapMessageEvents(&message, in.channel), 1);
@@ -346,7 +346,7 @@ TEST_F(EventHandler, ZapClearsPendingIfItIsThisMessage) {
 }
 
 TEST_F(EventHandler, ZapLeavesThePendingOfAnotherChannel) {
-    Watch in(intInput(receiver, "a", a, 1)), other(intInput(receiver, "b", b, 1));
+    ChannelWatch in(intInput(receiver, "a", a, 1)), other(intInput(receiver, "b", b, 1));
     qnMessageEvent message(in.channel, new CountedBox(1));
     in->pending = &message;
     EXPECT_EQ(zapMessageEvents(&message, other.channel), 0);
@@ -356,7 +356,7 @@ TEST_F(EventHandler, ZapLeavesThePendingOfAnotherChannel) {
 
 TEST_F(EventHandler, RemoveMessageEventsTakesTheChannelsOwn) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    Watch in(intInput(receiver, "a", a)), other(intInput(receiver, "b", b));
+    ChannelWatch in(intInput(receiver, "a", a)), other(intInput(receiver, "b", b));
     sender.connect("out", &receiver, "a");
     sender.connect("out", &receiver, "b");
     sendTo(out, 1, Queued);
@@ -370,7 +370,7 @@ TEST_F(EventHandler, RemoveMessageEventsTakesTheChannelsOwn) {
 // Deliberate: messages for a converter in front of a channel are the converter's.
 TEST_F(EventHandler, RemoveMessageEventsLeavesThoseForAConverter) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    Watch in(floatInput(receiver, "a", a));
+    ChannelWatch in(floatInput(receiver, "a", a));
     sender.connect("out", &receiver, "a");
     sendTo(out, 1, Queued);
     queue().removeMessageEvents(in.channel);

@@ -213,7 +213,7 @@ TEST_F(PostMessage, LatestOnlyCountsAcrossOutputsOfTheSameType) {
 
 TEST_F(PostMessage, LatestOnlyWithTheSameInputAddedTwiceKeepsOneMessageDeliveredOnce) {
     for (qnObj::qnSendFlags mode : {Queued, Urgent}) {
-        Watch in(new qnInputChannel(qnDT_int, &a, Sink::of<int>(), 1));
+        ChannelWatch in(new qnInputChannel(qnDT_int, &a, Sink::of<int>(), 1));
         out->add(in.channel);
         out->add(in.channel);
         sendTo(out, 1, mode);
@@ -232,7 +232,7 @@ TEST_F(PostMessage, LatestOnlyWithTheSameInputAddedTwiceKeepsOneMessageDelivered
 }
 
 TEST_F(PostMessage, BoxThatOnlyTheReplacedMessageHeldIsSentAgain) {
-    Watch in(new qnInputChannel(qnDT_int, &a, Sink::of<int>(), 1));
+    ChannelWatch in(new qnInputChannel(qnDT_int, &a, Sink::of<int>(), 1));
     out->add(in.channel);
     CountedBox* box = new CountedBox(7);
     queue().postMessage(out, box, Queued);

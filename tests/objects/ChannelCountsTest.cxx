@@ -17,7 +17,7 @@ protected:
 };
 
 TEST_F(ChannelCounts, DirectConnectionStepByStep) {
-    Watch in(intInput(receiver, "in", a));
+    ChannelWatch in(intInput(receiver, "in", a));
     EXPECT_EQ(in.holders(), 1u) << "the name";
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     EXPECT_EQ(in.holders(), 1u);
@@ -42,11 +42,11 @@ TEST_F(ChannelCounts, DirectConnectionStepByStep) {
 }
 
 TEST_F(ChannelCounts, ConnectionAcrossAConverterStepByStep) {
-    Watch in(floatInput(receiver, "in", a));
+    ChannelWatch in(floatInput(receiver, "in", a));
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     sender.connect("out", &receiver, "in");
     EXPECT_EQ(in.holders(), 2u) << "the name and the converter";
-    Watch converter((*out)[0]);
+    ChannelWatch converter((*out)[0]);
     EXPECT_EQ(converter.holders(), 1u) << "the connection";
     CountedBox* box = new CountedBox(1);
     queue().postMessage(out, box, Queued);
@@ -63,7 +63,7 @@ TEST_F(ChannelCounts, ConnectionAcrossAConverterStepByStep) {
 }
 
 TEST_F(ChannelCounts, ImmediateSendHoldsNothingAfterwards) {
-    Watch in(intInput(receiver, "in", a)), converted(floatInput(receiver, "float", b));
+    ChannelWatch in(intInput(receiver, "in", a)), converted(floatInput(receiver, "float", b));
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     sender.connect("out", &receiver, "in");
     sender.connect("out", &receiver, "float");
@@ -77,7 +77,7 @@ TEST_F(ChannelCounts, ImmediateSendHoldsNothingAfterwards) {
 }
 
 TEST_F(ChannelCounts, EachMessageHoldsTheBoxOnce) {
-    Watch in(intInput(receiver, "in", a)), converted(floatInput(receiver, "float", b));
+    ChannelWatch in(intInput(receiver, "in", a)), converted(floatInput(receiver, "float", b));
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     sender.connect("out", &receiver, "in");
     sender.connect("out", &receiver, "float");
@@ -100,7 +100,7 @@ TEST_F(ChannelCounts, EachMessageHoldsTheBoxOnce) {
 }
 
 TEST_F(ChannelCounts, MessageEventHoldsChannelAndBoxAndItsCopyToo) {
-    Watch in(intInput(receiver, "in", a));
+    ChannelWatch in(intInput(receiver, "in", a));
     CountedBox* box = new CountedBox(4);
     qnMessageEvent* event = new qnMessageEvent(in.channel, box);
     EXPECT_EQ(in.holders(), 2u);
@@ -124,7 +124,7 @@ TEST_F(ChannelCounts, MessageIsTheLastHolderOfChannelAndBox) {
 }
 
 TEST_F(ChannelCounts, LatestOnlyLeavesOneMessagesWorthOfHolders) {
-    Watch in(intInput(receiver, "in", a, 1)), converted(floatInput(receiver, "float", b, 1));
+    ChannelWatch in(intInput(receiver, "in", a, 1)), converted(floatInput(receiver, "float", b, 1));
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     sender.connect("out", &receiver, "in");
     sender.connect("out", &receiver, "float");
@@ -161,11 +161,11 @@ protected:
     void run(const std::vector<int>& steps) {
         const bool converted = GetParam();
         std::unique_ptr<qnObj> from(new qnObj), to(new qnObj);
-        Watch in(converted ? floatInput(*to, "in", a) : intInput(*to, "in", a));
+        ChannelWatch in(converted ? floatInput(*to, "in", a) : intInput(*to, "in", a));
         qnOutputChannel* out = from->addOutput("out", qnDT_int);
         from->connect("out", to.get(), "in");
-        std::unique_ptr<Watch> converter;
-        if (converted) converter.reset(new Watch((*out)[0]));
+        std::unique_ptr<ChannelWatch> converter;
+        if (converted) converter.reset(new ChannelWatch((*out)[0]));
         sendTo(out, 8, Queued);
         Story::take();
 

@@ -314,7 +314,7 @@ TEST_F(InputChannel, DestroysItsListOfOutputs) {
 }
 
 TEST_F(InputChannel, ConverterThatIsReleasedLetsGoOfItsInput) {
-    Watch in(intInput(receiver, "in", a));
+    ChannelWatch in(intInput(receiver, "in", a));
     qnConverter* converter = qnConverter::findConverter(qnDT_float, qnDT_int);
     EXPECT_EQ(converter->refCount, 0u);
     converter->splice(in.channel);
@@ -344,7 +344,7 @@ TEST_F(InputChannel, ConverterThatNeverWasSplicedIsDestroyedLikeAnyOther) {
 
 // What a program may build by hand: a converter in front of a converter.
 TEST_F(InputChannel, ChainOfConvertersIsReleasedFromItsHead) {
-    Watch in(receiver.addInput("in", qnDT_CharPtr, &a, Sink::of<char*>(), 0));
+    ChannelWatch in(receiver.addInput("in", qnDT_CharPtr, &a, Sink::of<char*>(), 0));
     qnConverter* toText = qnConverter::findConverter(qnDT_int, qnDT_CharPtr);
     toText->splice(in.channel);
     qnConverter* toInt = qnConverter::findConverter(qnDT_float, qnDT_int);
@@ -357,7 +357,7 @@ TEST_F(InputChannel, ChainOfConvertersIsReleasedFromItsHead) {
 }
 
 TEST_F(InputChannel, LongChainOfConvertersIsReleasedWithoutDeepRecursion) {
-    Watch in(receiver.addInput("in", qnDT_float, &a, Sink::of<float>(), 0));
+    ChannelWatch in(receiver.addInput("in", qnDT_float, &a, Sink::of<float>(), 0));
     qnInputChannel* head = in.channel;
     for (int i = 0; i < 400000; ++i) {
         qnConverter* converter = i % 2 == 0 ? qnConverter::findConverter(qnDT_int, qnDT_float)

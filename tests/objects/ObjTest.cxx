@@ -165,7 +165,7 @@ TEST_F(Obj, AddInputCopiesTheName) {
 }
 
 TEST_F(Obj, AddInputWithAnExistingNameLetsGoOfTheOldChannelOnce) {
-    Watch old(intInput(receiver, "in", a));
+    ChannelWatch old(intInput(receiver, "in", a));
     EXPECT_EQ(old.holders(), 1u);
     qnInputChannel* in = intInput(receiver, "in", b);
     EXPECT_EQ(old.holders(), 0u);
@@ -184,7 +184,7 @@ TEST_F(Obj, AddInputWithAnExistingNameDestroysAChannelThatNobodyElseHolds) {
 // Deliberate: replacing an input leaves its connections alone.
 TEST_F(Obj, ReplacedInputStaysConnectedAndReceivesUntilItIsDisconnected) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    Watch old(intInput(receiver, "in", a));
+    ChannelWatch old(intInput(receiver, "in", a));
     sender.connect("out", &receiver, "in");
     qnInputChannel* in = intInput(receiver, "in", b);
     EXPECT_EQ(old.holders(), 1u);
@@ -205,7 +205,7 @@ TEST_F(Obj, ReplacedInputStaysConnectedAndReceivesUntilItIsDisconnected) {
 
 TEST_F(Obj, ReplacedInputGetsTheMessagesThatWaitForIt) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    Watch old(intInput(receiver, "in", a));
+    ChannelWatch old(intInput(receiver, "in", a));
     sender.connect("out", &receiver, "in");
     sendTo(out, 5, Queued);
     intInput(receiver, "in", b);
@@ -404,7 +404,7 @@ TEST_F(Obj, ConnectAndDisconnectAreVirtual) {
 TEST_F(Obj, RemoveInputFlushesDisconnectsAndLetsGo) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     qnOutputChannel* out2 = sender.addOutput("out2", qnDT_int);
-    Watch in(intInput(receiver, "in", a));
+    ChannelWatch in(intInput(receiver, "in", a));
     sender.connect("out", &receiver, "in");
     sender.connect("out2", &receiver, "in");
     sendTo(out, 1, Queued);
@@ -489,8 +489,8 @@ TEST_F(Obj, RemovedInputBehindAConverterStillGetsAWaitingValue) {
 TEST_F(Obj, DestructionFlushesAndDisconnectsInputs) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
     qnObj* object = new qnObj;
-    Watch in(intInput(*object, "a", a));
-    Watch in2(intInput(*object, "b", b));
+    ChannelWatch in(intInput(*object, "a", a));
+    ChannelWatch in2(intInput(*object, "b", b));
     sender.connect("out", object, "a");
     sender.connect("out", object, "b");
     sendTo(out, 1, Queued);
@@ -521,7 +521,7 @@ TEST_F(Obj, DestructionOfAnObjectThatIsConnectedToItself) {
         if (inputFirst) intInput(*object, "in", a);
         qnOutputChannel* out = object->addOutput("out", qnDT_int);
         if (!inputFirst) intInput(*object, "in", a);
-        Watch in(object->findInput("in"));
+        ChannelWatch in(object->findInput("in"));
         object->connect("out", object, "in");
         sendTo(out, 1, Queued);
         delete object;
@@ -544,7 +544,7 @@ TEST_F(Obj, DestructionReleasesProperties) {
 
 TEST_F(Obj, DestructionThroughTheRootDestroysTheChannels) {
     qnXDRObj* object = new qnObj;
-    Watch in(intInput(*static_cast<qnObj*>(object), "in", a));
+    ChannelWatch in(intInput(*static_cast<qnObj*>(object), "in", a));
     qnRetain(object);
     EXPECT_TRUE(qnRelease(object));
     EXPECT_EQ(in.holders(), 0u);
@@ -552,7 +552,7 @@ TEST_F(Obj, DestructionThroughTheRootDestroysTheChannels) {
 
 TEST_F(Obj, RemovingThePropertiesThatHoldTheChannelsDestroysThem) {
     qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    Watch in(intInput(receiver, "in", a));
+    ChannelWatch in(intInput(receiver, "in", a));
     sender.connect("out", &receiver, "in");
     sendTo(out, 1, Queued);
     receiver.removeProperty("inputs");
@@ -562,7 +562,7 @@ TEST_F(Obj, RemovingThePropertiesThatHoldTheChannelsDestroysThem) {
     EXPECT_EQ(receiver.findInput("in"), nullptr);
     receiver.removeInput("in");
 
-    Watch in2(intInput(receiver, "in", a));
+    ChannelWatch in2(intInput(receiver, "in", a));
     sender.connect("out", &receiver, "in");
     sender.removeAllProperties();
     EXPECT_EQ(in2->getNumberOfOutputs(), 0u);

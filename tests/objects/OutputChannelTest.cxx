@@ -43,7 +43,7 @@ TEST_F(OutputChannel, TheTypeComesFirst) {
 
 TEST_F(OutputChannel, AddOfTheSameTypeStoresTheInputItself) {
     qnOutputChannel out(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out.add(in.channel);
     ASSERT_EQ(out.getNumberOfConnections(), 1u);
     EXPECT_EQ(out[0], in.channel);
@@ -53,7 +53,7 @@ TEST_F(OutputChannel, AddOfTheSameTypeStoresTheInputItself) {
 
 TEST_F(OutputChannel, AddOfAnotherTypeStoresAConverterInFront) {
     qnOutputChannel out(qnDT_int);
-    Watch in(makeFloat(a));
+    ChannelWatch in(makeFloat(a));
     out.add(in.channel);
     ASSERT_EQ(out.getNumberOfConnections(), 1u);
     qnInputChannel* entry = out[0];
@@ -72,7 +72,7 @@ TEST_F(OutputChannel, AddOfAnotherTypeStoresAConverterInFront) {
 TEST_F(OutputChannel, AddToAnInputOfTypeVoidNeedsNoConverter) {
     for (unsigned short type : {qnDT_int, qnDT_long, qnDT_double, qnDT_qnStrArray, qnDT_void}) {
         qnOutputChannel out(type);
-        Watch in(new qnInputChannel(qnDT_void, &a, Sink::of<int>(), 0));
+        ChannelWatch in(new qnInputChannel(qnDT_void, &a, Sink::of<int>(), 0));
         out.add(in.channel);
         EXPECT_EQ(out[0], in.channel) << type;
         EXPECT_EQ(in.holders(), 1u);
@@ -103,7 +103,7 @@ TEST_F(OutputChannel, AddCopiesLatestOnlyToTheConverter) {
 // Deliberate: qnObj::connect refuses duplicates, add does not.
 TEST_F(OutputChannel, AddMakesASecondConnectionToTheSameInput) {
     qnOutputChannel out(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out.add(in.channel);
     out.add(in.channel);
     EXPECT_EQ(out.getNumberOfConnections(), 2u);
@@ -116,7 +116,7 @@ TEST_F(OutputChannel, AddMakesASecondConnectionToTheSameInput) {
 
 TEST_F(OutputChannel, AddAcrossTypesMakesAConverterForEachConnection) {
     qnOutputChannel out(qnDT_int);
-    Watch in(makeFloat(a));
+    ChannelWatch in(makeFloat(a));
     out.add(in.channel);
     out.add(in.channel);
     EXPECT_NE(out[0], out[1]);
@@ -128,7 +128,7 @@ TEST_F(OutputChannel, AddAcrossTypesMakesAConverterForEachConnection) {
 
 TEST_F(OutputChannel, AddOfAConverterBuiltByHandLeadsToItsInput) {
     qnOutputChannel out(qnDT_float);
-    Watch in(new qnInputChannel(qnDT_CharPtr, &a, Sink::of<char*>(), 0));
+    ChannelWatch in(new qnInputChannel(qnDT_CharPtr, &a, Sink::of<char*>(), 0));
     qnConverter* toText = qnConverter::findConverter(qnDT_int, qnDT_CharPtr);
     toText->splice(in.channel);
     qnConverter* toInt = qnConverter::findConverter(qnDT_float, qnDT_int);
@@ -177,7 +177,7 @@ TEST_F(OutputChannelDeathTest, AddRecordsTheOutputBeforeItLooksForAConversion) {
 
 TEST_F(OutputChannel, ServesConnectionsInTheirOrder) {
     qnOutputChannel out(qnDT_int);
-    Watch first(make(a)), second(makeFloat(b)), third(make(c));
+    ChannelWatch first(make(a)), second(makeFloat(b)), third(make(c));
     out.add(first.channel);
     out.add(second.channel);
     out.add(third.channel);
@@ -190,7 +190,7 @@ TEST_F(OutputChannel, ServesConnectionsInTheirOrder) {
 
 TEST_F(OutputChannel, InputThatIsConnectedAgainComesLast) {
     qnOutputChannel out(qnDT_int);
-    Watch first(make(a)), second(make(b)), third(make(c));
+    ChannelWatch first(make(a)), second(make(b)), third(make(c));
     for (qnInputChannel* in : {first.channel, second.channel, third.channel}) out.add(in);
     out.remove(first.channel);
     out.add(first.channel);
@@ -205,7 +205,7 @@ TEST_F(OutputChannel, InputThatIsConnectedAgainComesLast) {
 
 TEST_F(OutputChannel, FindAnswersNoneForWhatIsNotConnected) {
     qnOutputChannel out(qnDT_int);
-    Watch in(make(a)), other(make(b));
+    ChannelWatch in(make(a)), other(make(b));
     out.add(in.channel);
     EXPECT_EQ(out.find(other.channel), None);
     EXPECT_FALSE(out.isConnectedTo(other.channel));
@@ -215,7 +215,7 @@ TEST_F(OutputChannel, FindAnswersNoneForWhatIsNotConnected) {
 
 TEST_F(OutputChannel, FindFollowsConvertersToTheirEnd) {
     qnOutputChannel out(qnDT_int);
-    Watch in(makeFloat(a));
+    ChannelWatch in(makeFloat(a));
     out.add(in.channel);
     EXPECT_EQ(out.find(in.channel), 0u);
     EXPECT_EQ(out.find(out[0]), None) << "a converter is not where the connection leads";
@@ -225,7 +225,7 @@ TEST_F(OutputChannel, FindFollowsConvertersToTheirEnd) {
 
 TEST_F(OutputChannel, RemoveEndsBothEndsOfAConnection) {
     qnOutputChannel out(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out.add(in.channel);
     out.remove(in.channel);
     EXPECT_EQ(out.getNumberOfConnections(), 0u);
@@ -235,7 +235,7 @@ TEST_F(OutputChannel, RemoveEndsBothEndsOfAConnection) {
 
 TEST_F(OutputChannel, RemoveOfWhatIsNotConnectedDoesNothing) {
     qnOutputChannel out(qnDT_int), other(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out.remove(in.channel);
     other.add(in.channel);
     out.remove(in.channel);
@@ -246,7 +246,7 @@ TEST_F(OutputChannel, RemoveOfWhatIsNotConnectedDoesNothing) {
 
 TEST_F(OutputChannel, RemoveTakesTheFirstOfTwoConnections) {
     qnOutputChannel out(qnDT_int);
-    Watch in(make(a)), other(make(b));
+    ChannelWatch in(make(a)), other(make(b));
     out.add(in.channel);
     out.add(other.channel);
     out.add(in.channel);
@@ -260,10 +260,10 @@ TEST_F(OutputChannel, RemoveTakesTheFirstOfTwoConnections) {
 
 TEST_F(OutputChannel, RemoveDestroysTheConverterThatNothingElseHolds) {
     qnOutputChannel out(qnDT_int);
-    Watch in(makeFloat(a));
+    ChannelWatch in(makeFloat(a));
     out.add(in.channel);
     {
-        Watch converter(out[0]);
+        ChannelWatch converter(out[0]);
         out.remove(in.channel);
         EXPECT_EQ(converter.holders(), 0u);
         EXPECT_EQ(in.holders(), 1u) << "the converter still holds its input";
@@ -281,7 +281,7 @@ TEST_F(OutputChannel, RemoveDestroysAnInputThatOnlyTheConnectionHeld) {
 
 TEST_F(OutputChannelDeathTest, RemoveOfAnInputThatDoesNotListTheOutput) {
     qnOutputChannel out(qnDT_int), other(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out.add(in.channel);
     in->add(&other);
     in->remove(&out);
@@ -294,7 +294,7 @@ TEST_F(OutputChannelDeathTest, RemoveOfAnInputThatDoesNotListTheOutput) {
 // The end of an output.
 
 TEST_F(OutputChannel, DestructionStrikesItOffItsInputsAndLetsGo) {
-    Watch in(make(a)), converted(makeFloat(b)), twice(make(c));
+    ChannelWatch in(make(a)), converted(makeFloat(b)), twice(make(c));
     qnOutputChannel other(qnDT_int);
     other.add(in.channel);
     {
@@ -323,7 +323,7 @@ TEST_F(OutputChannel, DestructionDestroysInputsThatOnlyItsConnectionsHeld) {
 }
 
 TEST_F(OutputChannel, DestructionLeavesMessagesForItsConverters) {
-    Watch in(makeFloat(a));
+    ChannelWatch in(makeFloat(a));
     {
         qnOutputChannel out(qnDT_int);
         out.add(in.channel);
@@ -337,7 +337,7 @@ TEST_F(OutputChannel, DestructionLeavesMessagesForItsConverters) {
 TEST_F(OutputChannelDeathTest, DestructionFindsAnInputThatDoesNotListTheOutput) {
     qnOutputChannel other(qnDT_int);
     qnOutputChannel* out = new qnOutputChannel(qnDT_int);
-    Watch in(make(a));
+    ChannelWatch in(make(a));
     out->add(in.channel);
     in->add(&other);
     in->remove(out);

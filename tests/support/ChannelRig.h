@@ -150,12 +150,12 @@ protected:
 };
 
 /** Holds a channel beside its regular holders, so that a test can read its count to the end. */
-class Watch {
+class ChannelWatch {
 public:
-    explicit Watch(qnInputChannel* watched) : channel(watched) { qnRetain(channel); }
-    ~Watch() { qnRelease(channel); }
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
+    explicit ChannelWatch(qnInputChannel* watched) : channel(watched) { qnRetain(channel); }
+    ~ChannelWatch() { qnRelease(channel); }
+    ChannelWatch(const ChannelWatch&) = delete;
+    ChannelWatch& operator=(const ChannelWatch&) = delete;
 
     /** Holders other than this watch. */
     unsigned holders() const { return channel->refCount - 1; }
