@@ -44,7 +44,9 @@ void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qn
         qnInputChannel* entry = (*output)[i];
         ++entry->refCount;
         if (entry->latestOnly() && entry->pending != nullptr) dropPending(*this, *entry);
-        if (mode == qnObj::qnSF_Immediate) {
+        if (!walk.listed()) {
+            // The end of the box that was dropped ended the connection: who received there may be gone.
+        } else if (mode == qnObj::qnSF_Immediate) {
             box->deliverTo(entry->deliverFunc, entry->closure);
         } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
             qnMessageEvent* event = new qnMessageEvent(entry, box);
