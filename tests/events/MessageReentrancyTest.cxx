@@ -2,6 +2,7 @@
 // box. Most of these tests are about memory: they say little unless the sanitizers watch.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 #include "Converter.h"
@@ -471,17 +472,30 @@ TEST_F(MessageReentrancy, ReceiverHoldsTheBoxForAMomentOnly) {
     EXPECT_EQ(CountedBox::live, 0);
 }
 
+TEST_F(MessageReentrancy, BoxOfAReplacedMessageEndsTheConnectionInItsEnd) {
+    for (qnObj::qnSendFlags mode : {Queued, Immediate, Urgent}) {
+        SetUp();
+        for (Sink* sink : {&a, &b, &c}) cut(*sink);
+        join(d, 1);
+        join(c);  // behind it
+        CountedBox* box = new CountedBox(1);
+        box->atEnd = [&] { cut(d); };
+        queue().postEvent(new qnMessageEvent(in(d), box), 0);
+        in(d)->pending = static_cast<qnMessageEvent*>(queue().head);
+        send(2, mode);
+        queue().distributeEvents();
+        EXPECT_EQ(told(), "c:2");
+    }
+}
+
 TEST_F(MessageReentrancy, BoxOfAReplacedMessageDestroysTheOutputInItsEnd) {
-    cut(a);
-    cut(b);
-    cut(c);
+    for (Sink* sink : {&a, &b, &c}) cut(*sink);
     join(d, 1);
     CountedBox* box = new CountedBox(1);
     box->atEnd = [&] { sender->removeOutput("out"); };
     queue().postMessage(out, box, Queued);
     send(2, Queued);
-    EXPECT_LE(queue().count, 1u);
-    queue().distributeEvents();
+    EXPECT_EQ(queue().count, 0u) << "there is no connection any more";
     EXPECT_EQ(CountedBox::live, 0);
     EXPECT_EQ(in(d)->refCount, 1u);
 }
@@ -489,16 +503,17 @@ TEST_F(MessageReentrancy, BoxOfAReplacedMessageDestroysTheOutputInItsEnd) {
 TEST_F(MessageReentrancy, BoxOfAReplacedMessageDestroysTheReceiverInItsEnd) {
     for (qnObj::qnSendFlags mode : {Queued, Immediate, Urgent}) {
         SetUp();
-        cut(a);
+        for (Sink* sink : {&a, &b, &c}) cut(*sink);
         join(d, 1);
         CountedBox* box = new CountedBox(1);
         box->atEnd = [&] { receiver.reset(); };
         queue().postMessage(out, box, Queued);
         send(2, mode);
+        EXPECT_EQ(queue().count, 0u);
         queue().distributeEvents();
+        EXPECT_EQ(told(), "") << "who would have received it is gone";
         EXPECT_EQ(CountedBox::live, 0);
         EXPECT_EQ(out->getNumberOfConnections(), 0u);
-        EXPECT_EQ(queue().count, 0u);
     }
 }
 
@@ -661,6 +676,58 @@ TEST_F(MessageReentrancy, EventsDestructorDistributes) {
     queue().postEvent(event, 0);
     queue().postEvent(new NamedEvent("y"), 0);
     EXPECT_EQ(distribute(), "x ~x y ~y");
+}
+
+TEST_F(MessageReentrancy, MessageIsDestroyedInItsOwnDelivery) {
+    ChannelWatch watched(in(a));
+    CountedBox* box = new CountedBox(1);
+    qnMessageEvent* event = new qnMessageEvent(in(a), box);
+    a.react = once([&] {
+        delete event;
+        EXPECT_EQ(CountedBox::live, 1) << "the delivery under way needs it";
+        remove(a);
+        EXPECT_EQ(watched.holders(), 1u);
+    });
+    event->deliver();
+    EXPECT_EQ(told(), "a:1");
+    EXPECT_EQ(watched.holders(), 0u);
+    EXPECT_EQ(CountedBox::live, 0);
+}
+
+TEST_F(MessageReentrancy, MessageIsDestroyedInADeliveryInsideItsDelivery) {
+    CountedBox* box = new CountedBox(1);
+    qnMessageEvent* event = new qnMessageEvent(in(a), box);
+    int depth = 0;
+    a.react = [&] {
+        if (++depth < 3) {
+            event->deliver();
+            EXPECT_EQ(CountedBox::live, 1);
+        } else {
+            delete event;
+            event = new qnMessageEvent(in(b), new CountedBox(2));  // often in its place
+            delete event;
+        }
+    };
+    event->deliver();
+    EXPECT_EQ(told(), "a:1 a:1 a:1");
+    EXPECT_EQ(CountedBox::live, 0);
+    EXPECT_EQ(in(a)->refCount, 2u);
+}
+
+TEST_F(MessageReentrancy, TextOfAMessageThatIsDestroyedInItsOwnDeliveryStaysReadable) {
+    struct Keep {
+        static void text(void* closure, char* value) {
+            delete static_cast<qnMessageEvent*>(closure);
+            Story::tell(value);
+        }
+    };
+    qnInputChannel texts(qnDT_CharPtr, nullptr, reinterpret_cast<qnDeliverFunc>(&Keep::text), 0);
+    qnRetain(&texts);
+    qnMessageEvent* event = new qnMessageEvent(&texts, new qnCharPtrData(strdup("words")));
+    texts.closure = event;
+    event->deliver();
+    EXPECT_EQ(told(), "words");
+    EXPECT_EQ(texts.refCount, 1u);
 }
 
 TEST_F(MessageReentrancy, MessageThatIsDeliveredByHandFromItsOwnDelivery) {

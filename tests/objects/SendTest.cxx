@@ -125,7 +125,8 @@ TEST_F(Send, DataTakesAnyBox) {
     struct Keep {
         static void text(void* closure, qnStr value) { static_cast<std::string*>(closure)->append(value.text()); }
         static void texts(void* closure, qnStrArray value) {
-            value.append(qnStr("more"));  // the receiver's own copy
+            qnStr more("more");
+            value.append(&more);  // the receiver's own copy
             static_cast<std::string*>(closure)->append(std::to_string(value.length()));
         }
     };
@@ -139,7 +140,8 @@ TEST_F(Send, DataTakesAnyBox) {
     sender.sendData(out, new qnStrData("word"), Immediate);
     EXPECT_EQ(kept, "word");
     qnStrArray words;
-    words.append(qnStr("one"));
+    qnStr one("one");
+    words.append(&one);
     sender.sendData(arrays, new qnStrArrayData(words), Immediate);
     sender.sendData(arrays, new qnStrArrayData(words), Queued);
     queue().distributeEvents();
