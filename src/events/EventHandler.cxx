@@ -29,6 +29,8 @@ void qnEventHandler::postEvent(qnEvent* event, qnBool front) {
 }
 
 void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
+    MORVAQNDS_REQUIRE(output != nullptr, "qnEventHandler::postMessage: no output");
+    MORVAQNDS_REQUIRE(box != nullptr, "qnEventHandler::postMessage: no box");
     const unsigned n = output->getNumberOfConnections();
     if (n == 0) {
         if (box->refCount == 0) delete box;
