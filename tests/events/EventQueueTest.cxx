@@ -197,14 +197,22 @@ TEST_F(EventQueue, DestroysAMillionEventsWithoutRecursion) {
 #ifdef MORVAQNDS_CHECKED
 TEST_F(EventQueueDeathTest, AddingAnEventThatIsQueued) {
     fill("a");
-    EXPECT_EXIT(events.append(events.head), testing::KilledBySignal(SIGABRT), "^qnEventQueue::append: ");
-    EXPECT_EXIT(events.insert(events.head), testing::KilledBySignal(SIGABRT), "^qnEventQueue::insert: ");
+    const std::string end = "event " + std::to_string(events.head->getSequenceNumber()) + " is in a queue already\n$";
+    EXPECT_EXIT(events.append(events.head), testing::KilledBySignal(SIGABRT), "^qnEventQueue::append: " + end);
+    EXPECT_EXIT(events.insert(events.head), testing::KilledBySignal(SIGABRT), "^qnEventQueue::insert: " + end);
+}
+
+TEST_F(EventQueueDeathTest, AddingNoEvent) {
+    EXPECT_EXIT(events.append(nullptr), testing::KilledBySignal(SIGABRT), "^qnEventQueue::append: no event\n$");
+    EXPECT_EXIT(events.insert(nullptr), testing::KilledBySignal(SIGABRT), "^qnEventQueue::insert: no event\n$");
 }
 
 TEST_F(EventQueueDeathTest, RemovingAnEventThatIsNotInTheQueue) {
     fill("a");
     NamedEvent loose("x");
-    EXPECT_EXIT(events.remove(&loose), testing::KilledBySignal(SIGABRT), "^qnEventQueue::remove: ");
+    EXPECT_EXIT(
+        events.remove(&loose), testing::KilledBySignal(SIGABRT),
+        "^qnEventQueue::remove: event " + std::to_string(loose.getSequenceNumber()) + " is not in this queue\n$");
 }
 #else
 TEST_F(EventQueue, AddingAnEventThatIsQueuedLeavesTheQueueWhole) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstddef>
+#include <cstring>
 
 #include "Obj.h"
 #include "support/ChannelRig.h"
@@ -28,6 +30,25 @@ protected:
     qnObj sender, receiver;
 };
 typedef Obj ObjDeathTest;
+
+/** Number of a virtual operation in its class's table. */
+template <class Member>
+std::ptrdiff_t slotOf(Member member) {
+    std::ptrdiff_t offset;  // of the slot, plus 1, in bytes
+    std::memcpy(&offset, &member, sizeof offset);
+    return (offset - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+// Programs that were compiled earlier find the operations by their numbers.
+TEST_F(Obj, VirtualOperationsFollowThoseOfTheRootInTheirOrder) {
+    const std::ptrdiff_t last = slotOf(&qnXDRObj::xdrSuccess);
+    EXPECT_EQ(slotOf(&qnObj::connect), last + 1);
+    EXPECT_EQ(slotOf(&qnObj::disconnect), last + 2);
+    EXPECT_EQ(slotOf(&qnObj::subClassMustDefine), last + 3);
+    EXPECT_EQ(slotOf(&qnEvent::deliver), last + 4);
+    EXPECT_EQ(slotOf(&qnEvent::dump), last + 5);
+    EXPECT_EQ(slotOf(&qnEvent::getChannel), last + 6);
+}
 
 // The object itself.
 
@@ -251,239 +272,6 @@ TEST_F(Obj, AddOutputWithAnExistingNameDestroysAndDisconnectsTheOldOne) {
     EXPECT_EQ(dictionary(sender, "outputs")->count, 1u);
 }
 
-// connect.
-
-TEST_F(Obj, ConnectJoinsAnOutputAndAnInput) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    EXPECT_TRUE(out->isConnectedTo(in));
-    EXPECT_EQ(out->getNumberOfConnections(), 1u);
-    EXPECT_EQ(in->getNumberOfOutputs(), 1u);
-    EXPECT_EQ(in->refCount, 2u);
-}
-
-TEST_F(Obj, ConnectWithoutAnOutputsDictionaryDoesNothing) {
-    qnInputChannel* in = intInput(receiver, "in", a);
-    intInput(sender, "out", a);
-    sender.connect("out", &receiver, "in");
-    EXPECT_EQ(in->getNumberOfOutputs(), 0u);
-    EXPECT_EQ(in->refCount, 1u);
-}
-
-TEST_F(Obj, ConnectWithoutAnInputsDictionaryDoesNothing) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    receiver.addOutput("in", qnDT_int);
-    sender.connect("out", &receiver, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-}
-
-TEST_F(Obj, ConnectOfAnUnknownOutputDoesNothing) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.connect("other", &receiver, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-    EXPECT_EQ(in->refCount, 1u);
-    EXPECT_EQ(sender.findOutput("other"), nullptr);
-}
-
-TEST_F(Obj, ConnectToAnUnknownInputDoesNothing) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "other");
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-    EXPECT_EQ(receiver.findInput("other"), nullptr);
-}
-
-TEST_F(Obj, ConnectTwiceMakesOneConnection) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sender.connect("out", &receiver, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 1u);
-    EXPECT_EQ(in->getNumberOfOutputs(), 1u);
-    EXPECT_EQ(in->refCount, 2u);
-}
-
-TEST_F(Obj, ConnectTwiceAcrossAConverterMakesOneConnection) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = floatInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sender.connect("out", &receiver, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 1u);
-    EXPECT_EQ(in->refCount, 2u);
-}
-
-TEST_F(Obj, ConnectsToItself) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    intInput(sender, "in", a);
-    sender.connect("out", &sender, "in");
-    sendTo(out, 4, Immediate);
-    EXPECT_EQ(told(), "a:4");
-}
-
-TEST_F(Obj, OneInputTakesSeveralOutputs) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnOutputChannel* out2 = sender.addOutput("out2", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sender.connect("out2", &receiver, "in");
-    EXPECT_EQ(in->refCount, 3u);
-    EXPECT_EQ(in->getNumberOfOutputs(), 2u);
-    sendTo(out2, 2, Immediate);
-    sendTo(out, 1, Immediate);
-    EXPECT_EQ(told(), "a:2 a:1");
-}
-
-// disconnect.
-
-TEST_F(Obj, DisconnectEndsTheConnection) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sender.disconnect("out", &receiver, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-    EXPECT_EQ(in->getNumberOfOutputs(), 0u);
-    EXPECT_EQ(in->refCount, 1u);
-}
-
-TEST_F(Obj, DisconnectLeavesWaitingMessages) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sendTo(out, 9, Queued);
-    sender.disconnect("out", &receiver, "in");
-    EXPECT_EQ(queue().count, 1u);
-    EXPECT_EQ(distribute(), "a:9");
-}
-
-TEST_F(Obj, DisconnectOfUnconnectedChannelsDoesNothing) {
-    sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    sender.disconnect("out", &receiver, "in");
-    sender.connect("out", &receiver, "in");
-    sender.disconnect("out", &receiver, "in");
-    sender.disconnect("out", &receiver, "in");
-    EXPECT_EQ(in->refCount, 1u);
-}
-
-TEST_F(Obj, DisconnectWithAMissingDictionaryOrNameDoesNothing) {
-    sender.disconnect("out", &receiver, "in");
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    sender.disconnect("out", &receiver, "in");
-    intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sender.disconnect("other", &receiver, "in");
-    sender.disconnect("out", &receiver, "other");
-    receiver.disconnect("out", &sender, "in");
-    EXPECT_EQ(out->getNumberOfConnections(), 1u);
-    EXPECT_EQ(dictionary(receiver, "outputs"), nullptr);
-}
-
-TEST_F(Obj, ConnectAndDisconnectAreVirtual) {
-    class Wary : public qnObj {
-    public:
-        void connect(const char* output, qnObj*, const char* input) override {
-            Story::tell(std::string("connect") + output + input);
-        }
-        void disconnect(const char* output, qnObj*, const char* input) override {
-            Story::tell(std::string("disconnect") + output + input);
-        }
-        void subClassMustDefine(const char* method) const override { Story::tell(method); }
-    };
-    Wary wary;
-    qnObj& object = wary;
-    object.connect("A", &receiver, "B");
-    object.disconnect("C", &receiver, "D");
-    EXPECT_EQ(object.compare(&receiver), 0);
-    EXPECT_EQ(told(), "connectAB disconnectCD compare");
-}
-
-// removeInput and removeOutput.
-
-TEST_F(Obj, RemoveInputFlushesDisconnectsAndLetsGo) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    qnOutputChannel* out2 = sender.addOutput("out2", qnDT_int);
-    ChannelWatch in(intInput(receiver, "in", a));
-    sender.connect("out", &receiver, "in");
-    sender.connect("out2", &receiver, "in");
-    sendTo(out, 1, Queued);
-    sendTo(out2, 2, Queued);
-    EXPECT_EQ(in.holders(), 5u);
-    receiver.removeInput("in");
-    EXPECT_EQ(queue().count, 0u);
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-    EXPECT_EQ(out2->getNumberOfConnections(), 0u);
-    EXPECT_EQ(in->getNumberOfOutputs(), 0u);
-    EXPECT_EQ(in.holders(), 0u);
-    EXPECT_EQ(receiver.findInput("in"), nullptr);
-}
-
-TEST_F(Obj, RemoveInputLeavesOtherInputsAndTheirMessages) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    intInput(receiver, "a", a);
-    intInput(receiver, "b", b);
-    sender.connect("out", &receiver, "a");
-    sender.connect("out", &receiver, "b");
-    sendTo(out, 1, Queued);
-    receiver.removeInput("a");
-    EXPECT_EQ(out->getNumberOfConnections(), 1u);
-    EXPECT_EQ(distribute(), "b:1");
-}
-
-TEST_F(Obj, RemoveInputOfAnUnknownNameOrWithoutInputsDoesNothing) {
-    receiver.removeInput("in");
-    EXPECT_EQ(dictionary(receiver, "inputs"), nullptr);
-    qnInputChannel* in = intInput(receiver, "in", a);
-    receiver.removeInput("out");
-    EXPECT_EQ(receiver.findInput("in"), in);
-    EXPECT_EQ(in->refCount, 1u);
-}
-
-TEST_F(Obj, RemoveOutputDestroysItAndLeavesBothInputsWithEmptyLists) {
-    sender.addOutput("out", qnDT_int);
-    qnInputChannel* in = intInput(receiver, "a", a);
-    qnInputChannel* in2 = intInput(receiver, "b", b);
-    sender.connect("out", &receiver, "a");
-    sender.connect("out", &receiver, "b");
-    sender.removeOutput("out");
-    EXPECT_EQ(sender.findOutput("out"), nullptr);
-    EXPECT_EQ(in->getNumberOfOutputs(), 0u);
-    EXPECT_EQ(in2->getNumberOfOutputs(), 0u);
-    EXPECT_EQ(in->refCount, 1u);
-    EXPECT_EQ(in2->refCount, 1u);
-    in->disconnect();
-}
-
-TEST_F(Obj, RemoveOutputLeavesWaitingMessages) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    intInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sendTo(out, 3, Queued);
-    sender.removeOutput("out");
-    EXPECT_EQ(distribute(), "a:3");
-}
-
-TEST_F(Obj, RemoveOutputOfAnUnknownNameOrWithoutOutputsDoesNothing) {
-    sender.removeOutput("out");
-    EXPECT_EQ(dictionary(sender, "outputs"), nullptr);
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    sender.removeOutput("in");
-    EXPECT_EQ(sender.findOutput("out"), out);
-}
-
-// Deliberate: a message towards an input behind a converter is addressed to the converter.
-TEST_F(Obj, RemovedInputBehindAConverterStillGetsAWaitingValue) {
-    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
-    floatInput(receiver, "in", a);
-    sender.connect("out", &receiver, "in");
-    sendTo(out, 3, Queued);
-    receiver.removeInput("in");
-    EXPECT_EQ(out->getNumberOfConnections(), 0u);
-    EXPECT_EQ(queue().count, 1u);
-    EXPECT_EQ(distribute(), "a:3f");
-}
-
 // The end of an object.
 
 TEST_F(Obj, DestructionFlushesAndDisconnectsInputs) {
@@ -603,13 +391,6 @@ TEST_F(ObjDeathTest, CompareMustBeDefined) {
                 "^qnObj: Sub class must define method \"compare\"\n$");
     EXPECT_EXIT(sender.compare(&sender), testing::KilledBySignal(SIGABRT),
                 "^qnObj: Sub class must define method \"compare\"\n$");
-}
-
-TEST_F(ObjDeathTest, ConnectWithoutAConversion) {
-    sender.addOutput("int", qnDT_int);
-    receiver.addInput("long", qnDT_long, &a, Sink::of<long>(), 0);
-    EXPECT_EXIT(sender.connect("int", &receiver, "long"), testing::KilledBySignal(SIGABRT),
-                "^Can't convert from 2 to 3\n$");
 }
 
 }  // namespace ObjTest

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <csignal>
 #include <cstring>
 
 #include "support/ChannelRig.h"
@@ -295,5 +296,29 @@ TEST_F(Send, UnknownModeLosesTheBoxOfAPlainSend) {
     EXPECT_EQ(queue().count, 0u);
     EXPECT_EQ(told(), "");
 }
+
+// Callers' errors.
+
+#ifdef MORVAQNDS_CHECKED
+typedef Send SendDeathTest;
+
+TEST_F(SendDeathTest, WithoutAnOutputOrABox) {
+    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
+    CountedBox box(1);
+    EXPECT_EXIT(sender.sendData(nullptr, &box, Queued), testing::KilledBySignal(SIGABRT),
+                "^qnObj::sendData: no output\n$");
+    EXPECT_EXIT(sender.sendData(out, nullptr, Queued), testing::KilledBySignal(SIGABRT), "^qnObj::sendData: no box\n$");
+    EXPECT_EXIT(queue().postMessage(nullptr, &box, Queued), testing::KilledBySignal(SIGABRT),
+                "^qnEventHandler::postMessage: no output\n$");
+    EXPECT_EXIT(queue().postMessage(out, nullptr, Queued), testing::KilledBySignal(SIGABRT),
+                "^qnEventHandler::postMessage: no box\n$");
+}
+
+TEST_F(SendDeathTest, BeforeTheToolkitIsInitialised) {
+    qnOutputChannel* out = sender.addOutput("out", qnDT_int);
+    EXPECT_EXIT((qn_theEventHandler = nullptr, sender.sendInt(out, 1, Queued)), testing::KilledBySignal(SIGABRT),
+                "^qnObj::sendData: the toolkit is not initialised\n$");
+}
+#endif
 
 }  // namespace SendTest
