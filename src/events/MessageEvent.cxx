@@ -72,7 +72,7 @@ const char* qnMessageEvent::className() const { return "qnMessageEvent"; }
 void qnMessageEvent::deliver() {
     Delivery delivery(this);
     qnInputChannel* channel = channel_;
-    channel->pending = nullptr;
+    channel->pending = nullptr;  // Deliberate: whichever message that is
     data_->deliverTo(channel->deliverFunc, channel->closure);
 }
 

@@ -107,6 +107,11 @@ TEST_F(Event, DumpPrintsNumberAndType) {
     EXPECT_EQ(dumped(event), "Event: seq=" + std::to_string(event.getSequenceNumber()) + " type=42\n");
 }
 
+TEST_F(Event, DumpPrintsLargeTypesAsSignedInts) {
+    NamedEvent event("x", 4294967295u);
+    EXPECT_EQ(dumped(event), "Event: seq=" + std::to_string(event.getSequenceNumber()) + " type=-1\n");
+}
+
 TEST_F(Event, DumpOfAMessagePrintsAsAnyEvent) {
     qnInputChannel in(qnDT_int, &a, Sink::of<int>(), 0);
     qnRetain(&in);
@@ -172,6 +177,16 @@ TEST_F(Event, MessageClearsPendingBeforeItDelivers) {
     a.react = [&] { EXPECT_EQ(in.pending, nullptr); };
     message.deliver();
     EXPECT_EQ(told(), "a:6");
+    EXPECT_EQ(in.pending, nullptr);
+}
+
+// Deliberate: which message is pending is not looked at.
+TEST_F(Event, MessageClearsThePendingThatAnotherMessageIs) {
+    qnInputChannel in(qnDT_int, &a, Sink::of<int>(), 1);
+    qnRetain(&in);
+    qnMessageEvent message(&in, new CountedBox(6)), later(&in, new CountedBox(7));
+    in.pending = &later;
+    message.deliver();
     EXPECT_EQ(in.pending, nullptr);
 }
 

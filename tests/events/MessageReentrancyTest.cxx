@@ -2,6 +2,7 @@
 // are about memory: they say little unless the sanitizers watch.
 #include <gtest/gtest.h>
 
+#include "Converter.h"
 #include "events/MessageRig.h"
 
 namespace MessageReentrancyTest {
@@ -175,6 +176,28 @@ TEST_F(MessageReentrancy, NestedSendDisconnectsWhatTheOuterOneStandsOn) {
     });
     send(1, Immediate);
     EXPECT_EQ(told(), "a:1 a:2 b:2 c:2 c:1");
+}
+
+// A conversion of a program's own that looks at its input again after it has delivered.
+void twice(void* input, int value) {
+    qnDeliver<int>(input, value);
+    Story::tell(static_cast<qnInputChannel*>(input)->latestOnly() ? "latest" : "all");
+}
+
+TEST_F(MessageReentrancy, ConverterAndItsInputLiveUntilTheirCallReturns) {
+    static const unsigned short type = static_cast<unsigned short>((*qn_nextDataType)());
+    static qnConverter* const prototype = new qnConverter(qnDT_int, type, reinterpret_cast<qnDeliverFunc>(&twice));
+    EXPECT_EQ(prototype->getTargetType(), type);
+    for (Sink* sink : {&a, &b, &c}) cut(*sink);
+    for (qnObj::qnSendFlags mode : {Queued, Immediate, Urgent}) {
+        std::unique_ptr<qnObj> other(new qnObj);
+        other->addInput("in", type, &d, Sink::of<int>(), 1);
+        sender->connect("out", other.get(), "in");
+        d.react = [&] { other.reset(); };
+        send(1, mode);
+        queue().distributeEvents();
+        EXPECT_EQ(told(), "d:1 latest");
+    }
 }
 
 // A delivery removes channels.
