@@ -38,7 +38,9 @@ public:
     qnBool isConnectedTo(const qnInputChannel* input) const { return find(input) != 0xFFFFFFFFu; }
     /** The input of connection `index`, or the converter in front of it. Requires: index < getNumberOfConnections(). */
     qnInputChannel* operator[](unsigned index) const;
-    unsigned getNumberOfConnections() const { return connections_ == nullptr ? 0 : connections_->length(); }
+    unsigned getNumberOfConnections() const {
+        return connections_ == nullptr ? 0 : connections_->usedBytes / static_cast<unsigned>(sizeof(void*));
+    }
 
 private:
     qnOutputChannel(const qnOutputChannel&);

@@ -3,6 +3,7 @@
 #include "Converter.h"
 #include "EventHandler.h"
 #include "OutputChannel.h"
+#include "core/Heap.h"
 #include "objects/PointerList.h"
 
 qnInputChannel::qnInputChannel(unsigned short type, void* theClosure, qnDeliverFunc fn, qnBool latestOnlyFlag)
@@ -23,7 +24,7 @@ qnInputChannel::~qnInputChannel() {
 }
 
 void qnInputChannel::add(qnOutputChannel* output) {
-    if (outputs_ == nullptr) outputs_ = new qnVoidPtrArray;
+    if (outputs_ == nullptr) outputs_ = heap::create<qnVoidPtrArray>("qnInputChannel::add");
     pointers::append(*outputs_, output);
 }
 
@@ -54,8 +55,7 @@ void qnInputChannel::flush() {
     if (held) qnRelease(this);
 }
 
-bool qnRelease(qnInputChannel* channel) {
-    if (channel == nullptr || --channel->refCount != 0) return false;
+void qnDestroy(qnInputChannel* channel) {
     // A converter may be the last holder of another one, and so on: a chain of any length is released in a loop.
     do {
         qnInputChannel* held = nullptr;
@@ -69,5 +69,4 @@ bool qnRelease(qnInputChannel* channel) {
         }
         channel = held;
     } while (channel != nullptr && --channel->refCount == 0);
-    return true;
 }

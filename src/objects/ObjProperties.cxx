@@ -1,6 +1,7 @@
 // The properties of an object: a list sorted by tag, at most one for a tag.
 #include "Checked.h"
 #include "Obj.h"
+#include "core/Heap.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -34,7 +35,7 @@ bool search(qnVoidPtrArray& list, unsigned short tag, unsigned& where) {
 
 qnObj* qnObj::setProperty(qnProperty* property) {
     MORVAQNDS_REQUIRE(property != nullptr, "qnObj::setProperty: no property");
-    if (properties_ == nullptr) properties_ = new qnVoidPtrArray;
+    if (properties_ == nullptr) properties_ = heap::create<qnVoidPtrArray>("qnObj::setProperty");
     qnVoidPtrArray& list = *properties_;
 
     qnRetain(property);  // before the old one is let go: they may be the same

@@ -3,6 +3,7 @@
 #include "Checked.h"
 #include "Converter.h"
 #include "Fatal.h"
+#include "core/Heap.h"
 #include "core/LiveWalk.h"
 #include "objects/PointerList.h"
 
@@ -39,7 +40,7 @@ void qnOutputChannel::add(qnInputChannel* input) {
     }
 
     qnRetain(entry);
-    if (connections_ == nullptr) connections_ = new qnVoidPtrArray;
+    if (connections_ == nullptr) connections_ = heap::create<qnVoidPtrArray>("qnOutputChannel::add");
     pointers::append(*connections_, entry);
 }
 
