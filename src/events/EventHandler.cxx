@@ -4,9 +4,9 @@
 #include "MessageEvent.h"
 #include "core/Heap.h"
 #include "core/LiveWalk.h"
+#include "core/Watch.h"
 #include "events/Post.h"
 #include "events/QueueWalk.h"
-#include "events/Watch.h"
 
 qnEventHandler* qn_theEventHandler;
 
