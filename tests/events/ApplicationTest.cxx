@@ -1,10 +1,9 @@
-#include "Application.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <type_traits>
 
+#include "Application.h"
 #include "LoopRig.h"
 
 namespace ApplicationTest {
@@ -262,13 +261,39 @@ TEST_F(Application, AnotherAtTheAddressOfADestroyedOneIsNotMistakenForIt) {
 #ifndef MORVAQNDS_CHECKED
 
 TEST_F(Application, DestroyedWithoutEverBeingOpenedItStaysListedAndIsNotCalled) {
+    qnApplication* was = a.get();
     a.reset();
-    EXPECT_EQ(3u, qn_theExecutive->getNumberOfApplications()) << "the loop goes on";
+    EXPECT_TRUE(listed(was));
+    EXPECT_EQ(3u, qn_theExecutive->getNumberOfApplications());
     qn_theExecutive->initialize(0, nullptr);
     qn_theExecutive->open();
     qn_theExecutive->close();
     EXPECT_EQ("b.initialize(0) c.initialize(0) b.open c.open b.close c.close ", log);
     EXPECT_EQ(1u, qn_theExecutive->getNumberOfApplications());
+    qn_theExecutive->remove(was);
+    EXPECT_EQ(0u, qn_theExecutive->getNumberOfApplications());
+}
+
+TEST_F(Application, DestroyedDuringInitializeWithoutEverBeingOpenedItIsNotCalled) {
+    qnApplication* was = b.get();
+    a->onInitialize = [&] { b.reset(); };
+    c->onInitialize = [&] { c.reset(); };
+    qnApplication* alsoWas = c.get();
+    qn_theExecutive->initialize(0, nullptr);
+    EXPECT_EQ("a.initialize(0) c.initialize(0) ", log);
+    qn_theExecutive->remove(was);
+    qn_theExecutive->remove(alsoWas);
+}
+
+TEST_F(Application, DestroyedWithoutEverBeingOpenedItKeepsTheLoopRunning) {
+    qnApplication* was = a.get();
+    a.reset();
+    b->close();
+    c->close();
+    log.clear();
+    LoopRig::Note::post("1", [&] { LoopRig::Note::post("2", [&] { qn_theExecutive->remove(was); }); });
+    qn_theExecutive->loop();
+    EXPECT_EQ("1 2 ", log);
 }
 
 #endif

@@ -1,5 +1,6 @@
 // What a cycle calls may change everything that the cycle works on.
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <functional>
 #include <memory>
@@ -72,16 +73,52 @@ TEST_F(HandlerCalls, OneThatDestroysItself) {
 }
 
 TEST_F(HandlerCalls, OneThatDestroysItselfIsNotCalledForWriting) {
-    int copy = dup(b.pipe.writing());
-    std::unique_ptr<Handler> both(new Handler("both", copy, 0, 1, 1));
-    // A descriptor cannot be ready for reading and writing at the end of a pipe: write comes first here, exception after.
-    both->onWrite = [&] {
+    int ends[2];
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, ends));
+    ASSERT_EQ(1, write(ends[1], "x", 1));  // ready for both
+    std::unique_ptr<Handler> both(new Handler("both", ends[0], 1, 1));
+    qn_theExecutive->addSelectHandler(both.get());
+    cycle();
+    EXPECT_EQ("a.read b.read c.read both.read both.write ", log);
+    both->onRead = [&] {
         qn_theExecutive->removeSelectHandler(both.get());
         both.reset();
     };
-    qn_theExecutive->addSelectHandler(both.get());
+    log.clear();
     cycle();
-    EXPECT_EQ("a.read b.read c.read both.write ", log);
+    EXPECT_EQ("a.read b.read c.read both.read ", log);
+    close(ends[1]);
+}
+
+TEST_F(HandlerCalls, OneThatRemovesItselfIsNotCalledForWriting) {
+    int ends[2];
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, ends));
+    ASSERT_EQ(1, write(ends[1], "x", 1));
+    Handler both("both", ends[0], 1, 1);
+    both.onRead = [&] { qn_theExecutive->removeSelectHandler(&both); };
+    qn_theExecutive->addSelectHandler(&both);
+    cycle();
+    EXPECT_EQ("a.read b.read c.read both.read ", log);
+    close(ends[1]);
+}
+
+TEST_F(HandlerCalls, OneThatNoLongerWantsToWriteIsStillCalledInThisCycle) {
+    int ends[2];
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, ends));
+    ASSERT_EQ(1, write(ends[1], "x", 1));
+    Handler both("both", ends[0], 1, 1);
+    both.onRead = [&] {
+        qn_theExecutive->removeSelectHandler(&both);
+        both.wantWrite = 0;
+        qn_theExecutive->addSelectHandler(&both);
+    };
+    qn_theExecutive->addSelectHandler(&both);
+    cycle();
+    log += "| ";
+    cycle();
+    EXPECT_EQ("a.read b.read c.read both.read both.write | a.read b.read c.read both.read ", log);
+    qn_theExecutive->removeSelectHandler(&both);
+    close(ends[1]);
 }
 
 TEST_F(HandlerCalls, OneThatDestroysALaterOne) {
@@ -279,20 +316,20 @@ TEST_F(HandlerCalls, ACycleInsideADelivery) {
 }
 
 TEST_F(HandlerCalls, ALoopInsideAHandler) {
-    App* dialog = nullptr;
+    std::unique_ptr<App> dialog;
     a.handler->onRead = [&] {
-        if (dialog == nullptr) {
-            a.handler->drain();
-            dialog = new App("dialog");
-            note("(");
-            qn_theExecutive->loop();
-            note(")");
-            delete dialog;
-        }
+        a.handler->drain();
+        dialog.reset(new App("dialog"));
+        note("(");
+        qn_theExecutive->loop();
+        note(")");
+        dialog.reset();
     };
-    b.handler->onRead = [&] { dialog->close(); };
+    b.handler->onRead = [&] {
+        if (dialog != nullptr) dialog->close();
+    };
     cycle();
-    EXPECT_EQ("a.read ( b.read dialog.close c.read ) b.read dialog.close c.read ", log.substr(0, 0) + log);
+    EXPECT_EQ("a.read ( b.read dialog.close c.read ) b.read c.read ", log);
 }
 
 // Handlers and the rest.

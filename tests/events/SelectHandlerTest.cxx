@@ -1,5 +1,3 @@
-#include "SelectHandler.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +5,7 @@
 #include <type_traits>
 
 #include "LoopRig.h"
+#include "SelectHandler.h"
 
 namespace SelectHandlerTest {
 

@@ -1,5 +1,3 @@
-#include "Sequencer.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -9,6 +7,7 @@
 #include "Data.h"
 #include "Event.h"
 #include "OrderedGlobal.h"
+#include "Sequencer.h"
 
 namespace SequencerTest {
 

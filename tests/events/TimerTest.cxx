@@ -1,5 +1,3 @@
-#include "Timer.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "LoopRig.h"
+#include "Timer.h"
 
 namespace TimerTest {
 
