@@ -17,7 +17,8 @@ class qnStr;
  *     long width = object->findProperty("width", nullptr)->getAsLong();
  *
  * A property is of one of eight kinds, fixed by its constructor: there is none for an int or a float. The getters and
- * setters are each for one kind and do not convert. Requires: a getter or setter is used on its own kind only.
+ * setters are each for one kind and do not convert. Requires: they are used on their own kind only. A getter of another
+ * kind gives meaningless bits; in a checked build, where they would be a pointer, null or an empty string.
  *
  * Objects hold a property by its count, so one property may be set on several objects.
  */
@@ -112,6 +113,7 @@ private:
 
     qnProperty(unsigned short tag, unsigned short type);
     void requireKind(unsigned short type, const char* operation) const;
+    bool mayPoint(unsigned short type) const;
 
     unsigned short tag_;
     unsigned short type_;

@@ -1,9 +1,13 @@
 // Everything that the library builds while it is loaded, in one file, because the order matters and must not hang on
 // the order of linking: static objects of one file are built from top to bottom.
 #include "BinaryTranscriber.h"
+#include "Converter.h"
 #include "Debug.h"
+#include "EventHandler.h"
+#include "Exec.h"
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
+#include "Property.h"
 #include "Str.h"
 #include "StrArray.h"
 #include "StrStrDictionary.h"
@@ -12,8 +16,34 @@
 
 namespace {
 
-/** Builds the library's singletons, each if it does not exist yet, each after what it needs. */
+/** Draws the data type codes, in the order that gives them their usual values. */
+void drawDataTypes() {
+    unsigned short* const codes[] = {&qnDT_void,    &qnDT_qnBool, &qnDT_int,     &qnDT_long,
+                                     &qnDT_float,   &qnDT_double, &qnDT_CharPtr, &qnDT_qnStr,
+                                     &qnDT_VoidPtr, &qnDT_ObjPtr, &qnDT_DataPtr, &qnDT_qnStrArray};
+    for (unsigned short* code : codes) *code = static_cast<unsigned short>((*qn_nextDataType)());
+}
+
+/**
+ * Builds the library's singletons, each after what it needs.
+ *
+ * Deliberate: each only if it does not exist yet. A program that makes one first keeps its own, and where that is an
+ * allocator, no code is drawn from it.
+ */
 void qnOG_Init_cons() {
+    qnProperty::constructPropertyNames();
+    if (qn_nextDataType == nullptr) {
+        qn_nextDataType = new qnSequencer;
+        drawDataTypes();
+    }
+    qnConverter::createStandardConverters();
+    if (qn_theExecutive == nullptr) qn_theExecutive = new qnExec;
+    if (qn_theEventHandler == nullptr) qn_theEventHandler = new qnEventHandler;
+    if (qn_nextEventType == nullptr) {
+        qn_nextEventType = new qnSequencer;
+        qnET_Unknown = (*qn_nextEventType)();
+        qnET_MessageEvent = (*qn_nextEventType)();
+    }
     if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
 }
 

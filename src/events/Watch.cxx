@@ -1,0 +1,3 @@
+#include "events/Watch.h"
+
+Watch* Watch::innermost_ = nullptr;
