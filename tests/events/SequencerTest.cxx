@@ -22,7 +22,7 @@ struct Sequencer : testing::Test {
         std::string text;
         const qnSeqRangeArray& ranges = next.getRanges();
         for (unsigned i = 0; i < ranges.length(); ++i) {
-            text += std::to_string(ranges[i].start) + '+' + std::to_string(ranges[i].count) + ' ';
+            text += std::to_string(ranges.elements()[i].start) + '+' + std::to_string(ranges.elements()[i].count) + ' ';
         }
         return text;
     }
@@ -202,8 +202,8 @@ TEST(SequencerGlobals, TheCodesAreTheFirstNumbersOfTheirAllocators) {
     qnInitializeToolkit();
     ASSERT_NE(nullptr, qn_nextDataType);
     ASSERT_NE(nullptr, qn_nextEventType);
-    EXPECT_LE(12u, qn_nextDataType->getRanges()[0].count);
-    EXPECT_LE(2u, qn_nextEventType->getRanges()[0].count);
+    EXPECT_LE(12u, qn_nextDataType->getRanges().elements()[0].count);
+    EXPECT_LE(2u, qn_nextEventType->getRanges().elements()[0].count);
     EXPECT_EQ(0u, qnDT_void);
     EXPECT_EQ(1u, qnDT_qnBool);
     EXPECT_EQ(2u, qnDT_int);
