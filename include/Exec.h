@@ -103,6 +103,7 @@ private:
     qnExec& operator=(const qnExec&);
 
     static void dropHandler(qnSelectHandler* handler);
+    static void leaveCycles(const qnSelectHandler* handler);
     void abandon(qnApplication* application);
     void callAll(const qnStubFuncArray& functions);
 

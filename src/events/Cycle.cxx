@@ -39,7 +39,8 @@ float secondsSince(unsigned long start) {
 /** One pass: the state of the wait, kept apart because what the pass calls may change the executive's. */
 class qnExec::Cycle {
 public:
-    explicit Cycle(qnExec& executive) : executive_(executive) {}
+    explicit Cycle(qnExec& executive) : executive_(executive), outer_(innermost_) { innermost_ = this; }
+    ~Cycle() { innermost_ = outer_; }
 
     void run(float timeout) {
         executive_.callAll(executive_.preSelect_);
@@ -48,6 +49,15 @@ public:
         if (timed_) letTimePass();
         if (ready_ > 0) callHandlers();
         executive_.callAll(executive_.postSelect_);
+    }
+
+    /** A handler is destroyed: another one that is made at its address must not be taken for it. */
+    static void gone(const qnSelectHandler* handler) {
+        for (Cycle* cycle = innermost_; cycle != nullptr; cycle = cycle->outer_) {
+            for (int d = cycle->first_; d < cycle->end_; ++d) {
+                if (cycle->handlers_[d] == handler) cycle->handlers_[d] = nullptr;
+            }
+        }
     }
 
 private:
@@ -112,7 +122,10 @@ private:
         fd_set* set() { return inUse ? &descriptors : nullptr; }
     };
 
+    static Cycle* innermost_;
+
     qnExec& executive_;
+    Cycle* outer_;
     bool timed_ = false;
     float remaining_ = 0;      // seconds until the front timer fires
     unsigned long start_ = 0;  // clock ticks
@@ -123,6 +136,10 @@ private:
     qnSelectHandler* handlers_[MaxDescriptors];  // those of the wait, from first_: others that come are not called
     int ready_ = 0;
 };
+
+qnExec::Cycle* qnExec::Cycle::innermost_ = nullptr;
+
+void qnExec::leaveCycles(const qnSelectHandler* handler) { Cycle::gone(handler); }
 
 void qnExec::callAll(const qnStubFuncArray& functions) {
     LiveWalk walk(&functions, functions.length());

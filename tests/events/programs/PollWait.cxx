@@ -37,7 +37,7 @@ std::string describe(char kind, int limit, fd_set* set) {
 
 int failures = 0;
 
-void expect(const std::string& expected, const char* what) {
+void expectCalls(const std::string& expected, const char* what) {
     if (calls != expected) {
         std::fprintf(stderr, "%s: expected \"%s\", got \"%s\"\n", what, expected.c_str(), calls.c_str());
         ++failures;
@@ -46,7 +46,7 @@ void expect(const std::string& expected, const char* what) {
     script = Script();
 }
 
-void expect(bool holds, const char* what) {
+void expectThat(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "%s\n", what);
     ++failures;
@@ -95,35 +95,35 @@ struct Registered : Handler {
 void testArguments() {
     qnExec exec;
     exec.poll(5);
-    expect("", "no handler: no select");
-    expect(!exec.willBlock(), "no handler: will not block");
-    expect("", "no handler: willBlock asks nobody");
+    expectCalls("", "no handler: no select");
+    expectThat(!exec.willBlock(), "no handler: will not block");
+    expectCalls("", "no handler: willBlock asks nobody");
     {
         Registered h(exec, 1, 1);
         exec.poll(5);
-        expect("select(2 r1 w- e- 5.000000) ", "only the read set has a member");
+        expectCalls("select(2 r1 w- e- 5.000000) ", "only the read set has a member");
     }
     {
         Registered h(exec, 2, 0, 1, 0);
         exec.poll(5);
-        expect("select(3 r- w2 e- 5.000000) ", "only the write set has a member");
+        expectCalls("select(3 r- w2 e- 5.000000) ", "only the write set has a member");
     }
     {
         Registered low(exec, 0, 0, 0, 1), high(exec, 2, 1, 0, 0);
         exec.poll(0.5f);
-        expect("select(3 r2 w- e0 0.500000) ", "read and exception");
+        expectCalls("select(3 r2 w- e0 0.500000) ", "read and exception");
     }
     {
         Registered h(exec, 2, 0);
         exec.poll(5);
-        expect("select(3 r- w- e- 5.000000) ", "a handler that wants nothing");
+        expectCalls("select(3 r- w- e- 5.000000) ", "a handler that wants nothing");
     }
     {
         Registered a(exec, 0, 1, 1, 1), b(exec, 1, 1, 1, 1);
         exec.poll(5);
-        expect("select(2 r0 r1 w0 w1 e0 e1 5.000000) ", "everything");
+        expectCalls("select(2 r0 r1 w0 w1 e0 e1 5.000000) ", "everything");
         exec.poll(5);
-        expect("select(2 r0 r1 w0 w1 e0 e1 5.000000) ", "the sets are copies: what select clears is there again");
+        expectCalls("select(2 r0 r1 w0 w1 e0 e1 5.000000) ", "the sets are copies: what select clears is there again");
     }
 }
 
@@ -131,23 +131,23 @@ void testWait() {
     qnExec exec;
     Registered h(exec, 1, 1);
     exec.poll(0);
-    expect("select(2 r1 w- e- 0.000000) ", "no wait");
+    expectCalls("select(2 r1 w- e- 0.000000) ", "no wait");
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1000.000000) ", "whole seconds");
+    expectCalls("select(2 r1 w- e- 1000.000000) ", "whole seconds");
     exec.poll(2.75f);
-    expect("select(2 r1 w- e- 2.750000) ", "whole seconds and microseconds");
+    expectCalls("select(2 r1 w- e- 2.750000) ", "whole seconds and microseconds");
     exec.poll(0.0000019073486328125f);
-    expect("select(2 r1 w- e- 0.000001) ", "1.9 microseconds: truncated");
+    expectCalls("select(2 r1 w- e- 0.000001) ", "1.9 microseconds: truncated");
     exec.poll(0.99999994f);
-    expect("select(2 r1 w- e- 0.999999) ", "never a whole second of microseconds");
+    expectCalls("select(2 r1 w- e- 0.999999) ", "never a whole second of microseconds");
     exec.poll(-3);
-    expect("select(2 r1 w- e- 0.000000) ", "negative");
+    expectCalls("select(2 r1 w- e- 0.000000) ", "negative");
 
     qn_theEventHandler->postEvent(new Event, 0);
     exec.poll(1000);
-    expect("select(2 r1 w- e- 0.000000) event ", "a queued event: zero wait");
+    expectCalls("select(2 r1 w- e- 0.000000) event ", "a queued event: zero wait");
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1000.000000) ", "the queue is empty again");
+    expectCalls("select(2 r1 w- e- 1000.000000) ", "the queue is empty again");
 }
 
 void testWaitAndTimers() {
@@ -157,42 +157,42 @@ void testWaitAndTimers() {
     first.start(2.5f);
     second.start(100);
     exec.poll(1000);
-    expect("select(2 r1 w- e- 2.500000) tick ", "replaced, nothing ready: the whole remaining time passes");
-    expect(second.getDelta() == 97.5f, "the next one is due 97.5 seconds later");
+    expectCalls("select(2 r1 w- e- 2.500000) tick ", "replaced, nothing ready: the whole remaining time passes");
+    expectThat(second.getDelta() == 97.5f, "the next one is due 97.5 seconds later");
 
     exec.poll(10);
-    expect("select(2 r1 w- e- 10.000000) ", "the timeout comes first");
-    expect(second.getDelta() == 97.5f, "the clock has not moved");
+    expectCalls("select(2 r1 w- e- 10.000000) ", "the timeout comes first");
+    expectThat(second.getDelta() == 97.5f, "the clock has not moved");
 
     script.ticks = 10 * ticksPerSecond();
     exec.poll(10);
-    expect("select(2 r1 w- e- 10.000000) ", "elapsed ticks count");
-    expect(second.getDelta() == 87.5f, "ten seconds less");
+    expectCalls("select(2 r1 w- e- 10.000000) ", "elapsed ticks count");
+    expectThat(second.getDelta() == 87.5f, "ten seconds less");
 
     script.ticks = ticksPerSecond();
     script.result = 1;
     script.ready = "r1";
     exec.poll(1000);
-    expect("select(2 r1 w- e- 87.500000) read1 ", "replaced, but something is ready: the elapsed time counts");
-    expect(second.getDelta() == 86.5f, "one second less");
+    expectCalls("select(2 r1 w- e- 87.500000) read1 ", "replaced, but something is ready: the elapsed time counts");
+    expectThat(second.getDelta() == 86.5f, "one second less");
 
     script.ticks = ticksPerSecond();
     script.result = -1;
     script.error = EINTR;
     script.ready = "r1";
     exec.poll(1000);
-    expect("select(2 r1 w- e- 86.500000) ", "replaced and failed: the elapsed time counts");
-    expect(second.getDelta() == 85.5f, "one second less");
+    expectCalls("select(2 r1 w- e- 86.500000) ", "replaced and failed: the elapsed time counts");
+    expectThat(second.getDelta() == 85.5f, "one second less");
 
     exec.poll(85.5f);
-    expect("select(2 r1 w- e- 85.500000) ", "a timeout as long as the remaining time is not replaced");
-    expect(second.getDelta() == 85.5f, "so that the elapsed ticks count, and there were none");
+    expectCalls("select(2 r1 w- e- 85.500000) ", "a timeout as long as the remaining time is not replaced");
+    expectThat(second.getDelta() == 85.5f, "so that the elapsed ticks count, and there were none");
 
     qn_theEventHandler->postEvent(new Event, 0);
     script.ticks = 5 * ticksPerSecond();
     exec.poll(1000);
-    expect("select(2 r1 w- e- 0.000000) event ", "an event queued: no wait, and not replaced");
-    expect(second.getDelta() == 80.5f, "five seconds less");
+    expectCalls("select(2 r1 w- e- 0.000000) event ", "an event queued: no wait, and not replaced");
+    expectThat(second.getDelta() == 80.5f, "five seconds less");
 
     script.ticks = 81 * ticksPerSecond();
     script.result = 1;
@@ -200,18 +200,19 @@ void testWaitAndTimers() {
     Timer third;
     third.start(82);
     exec.poll(1000);
-    expect("select(2 r1 w- e- 80.500000) tick read1 ", "due by the elapsed time; the timer comes before the handler");
-    expect(third.getDelta() == 1.0f, "82 less 81 seconds");
+    expectCalls("select(2 r1 w- e- 80.500000) tick read1 ",
+                "due by the elapsed time; the timer comes before the handler");
+    expectThat(third.getDelta() == 1.0f, "82 less 81 seconds");
 
     script.ticks = ticksPerSecond();
     script.result = 1;
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1.000000) tick ", "exactly due counts as due");
+    expectCalls("select(2 r1 w- e- 1.000000) tick ", "exactly due counts as due");
 
     timesCalls = 0;
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1000.000000) ", "no timer: the timeout");
-    expect(timesCalls == 0, "without a timer nobody asks for the time");
+    expectCalls("select(2 r1 w- e- 1000.000000) ", "no timer: the timeout");
+    expectThat(timesCalls == 0, "without a timer nobody asks for the time");
 }
 
 void testRemainingTimeIsThatBeforeTheWait() {
@@ -222,8 +223,8 @@ void testRemainingTimeIsThatBeforeTheWait() {
     now = ~0ul - ticksPerSecond() / 2;  // the clock wraps during the wait
     script.ticks = ticksPerSecond();
     exec.poll(1);
-    expect("select(2 r1 w- e- 1.000000) ", "the clock wraps");
-    expect(t.getDelta() == 1.0f, "the difference is unsigned");
+    expectCalls("select(2 r1 w- e- 1.000000) ", "the clock wraps");
+    expectThat(t.getDelta() == 1.0f, "the difference is unsigned");
     now = 1000;
     t.stopTimer();
 }
@@ -241,11 +242,11 @@ void testStepsBeforeTheWait() {
     toStart = &t;
     exec.addPreSelectFunc(startIt);
     exec.poll(1000);
-    expect("select(2 r1 w- e- 3.000000) tick ", "a timer that a pre-select function starts bounds the wait");
+    expectCalls("select(2 r1 w- e- 3.000000) tick ", "a timer that a pre-select function starts bounds the wait");
     exec.removePreSelectFunc(startIt);
     exec.addPreSelectFunc(postOne);
     exec.poll(1000);
-    expect("select(2 r1 w- e- 0.000000) event ", "an event that a pre-select function posts prevents it");
+    expectCalls("select(2 r1 w- e- 0.000000) event ", "an event that a pre-select function posts prevents it");
     exec.removePreSelectFunc(postOne);
     exec.addPreSelectFunc(pre);
     exec.addPostSelectFunc(post);
@@ -255,7 +256,7 @@ void testStepsBeforeTheWait() {
         script.ready = "r1";
         qn_theEventHandler->postEvent(new Event, 0);
         exec.poll(1000);
-        expect("pre select(2 r1 w- e- 0.000000) post event ", "a failure: no handler, and the rest of the cycle");
+        expectCalls("pre select(2 r1 w- e- 0.000000) post event ", "a failure: no handler, and the rest of the cycle");
     }
 }
 
@@ -265,20 +266,20 @@ void testReadiness() {
     script.result = 7;
     script.ready = "r0 r1 w0 w2 e0 e1";
     exec.poll(0);
-    expect("select(3 r0 r1 w0 w2 e0 e1 0.000000) read0 write0 exception0 read1 exception1 write2 ",
-           "ascending, for each reading, writing, exception");
+    expectCalls("select(3 r0 r1 w0 w2 e0 e1 0.000000) read0 write0 exception0 read1 exception1 write2 ",
+                "ascending, for each reading, writing, exception");
     script.result = 2;
     script.ready = "e0 w2";
     exec.poll(0);
-    expect("select(3 r0 r1 w0 w2 e0 e1 0.000000) exception0 write2 ", "only what is ready");
+    expectCalls("select(3 r0 r1 w0 w2 e0 e1 0.000000) exception0 write2 ", "only what is ready");
     script.result = 0;
     script.ready = "r0 r1";
     exec.poll(0);
-    expect("select(3 r0 r1 w0 w2 e0 e1 0.000000) ", "a result of 0: the sets are not looked at");
+    expectCalls("select(3 r0 r1 w0 w2 e0 e1 0.000000) ", "a result of 0: the sets are not looked at");
     script.result = -1;
     script.ready = "r0 r1";
     exec.poll(0);
-    expect("select(3 r0 r1 w0 w2 e0 e1 0.000000) ", "a failure: the sets are not looked at");
+    expectCalls("select(3 r0 r1 w0 w2 e0 e1 0.000000) ", "a failure: the sets are not looked at");
 }
 
 int errnoSeen;
@@ -294,13 +295,13 @@ void testErrno() {
     script.error = EBADF;
     script.ticks = 2 * ticksPerSecond();
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1.000000) tick ", "a tick that changes errno");
-    expect(errnoSeen == EBADF, "what select left there is there after the timers");
+    expectCalls("select(2 r1 w- e- 1.000000) tick ", "a tick that changes errno");
+    expectThat(errnoSeen == EBADF, "what select left there is there after the timers");
     t.start(1);
     script.error = EAGAIN;
     exec.poll(1000);
-    expect("select(2 r1 w- e- 1.000000) tick ", "and again, with the whole remaining time");
-    expect(errnoSeen == EAGAIN, "likewise");
+    expectCalls("select(2 r1 w- e- 1.000000) tick ", "and again, with the whole remaining time");
+    expectThat(errnoSeen == EAGAIN, "likewise");
 }
 
 void testWillBlock() {
@@ -308,17 +309,17 @@ void testWillBlock() {
     Registered a(exec, 0, 1), c(exec, 2, 0, 0, 1);
     Timer t;
     t.start(1);
-    expect(exec.willBlock(), "nothing is ready");
-    expect("select(3 r0 w- e2 0.000000) ", "null for the set that is not in use, no wait");
+    expectThat(exec.willBlock(), "nothing is ready");
+    expectCalls("select(3 r0 w- e2 0.000000) ", "null for the set that is not in use, no wait");
     script.result = 1;
     script.ready = "r0";
-    expect(!exec.willBlock(), "something is ready");
-    expect("select(3 r0 w- e2 0.000000) ", "on copies");
+    expectThat(!exec.willBlock(), "something is ready");
+    expectCalls("select(3 r0 w- e2 0.000000) ", "on copies");
     script.result = -1;
     script.error = EBADF;
-    expect(!exec.willBlock(), "a failure counts as: will not block");
-    expect("select(3 r0 w- e2 0.000000) ", "still all members");
-    expect(t.getDelta() == 1.0f, "no time passes");
+    expectThat(!exec.willBlock(), "a failure counts as: will not block");
+    expectCalls("select(3 r0 w- e2 0.000000) ", "still all members");
+    expectThat(t.getDelta() == 1.0f, "no time passes");
 }
 
 struct App : qnApplication {
@@ -339,11 +340,11 @@ void testLoop() {
     Registered h(*qn_theExecutive, 1, 1);
     qn_theExecutive->addPostSelectFunc(countDown);
     qn_theExecutive->loop();
-    expect("select(2 r1 w- e- 1000.000000) select(2 r1 w- e- 1000.000000) select(2 r1 w- e- 1000.000000) ",
-           "the loop waits 1000 seconds at most, and asks for applications after each cycle");
+    expectCalls("select(2 r1 w- e- 1000.000000) select(2 r1 w- e- 1000.000000) select(2 r1 w- e- 1000.000000) ",
+                "the loop waits 1000 seconds at most, and asks for applications after each cycle");
     qn_theExecutive->removePostSelectFunc(countDown);
     qn_theExecutive->loop();
-    expect("select(2 r1 w- e- 1000.000000) ", "one cycle without any application");
+    expectCalls("select(2 r1 w- e- 1000.000000) ", "one cycle without any application");
 }
 
 }  // namespace
