@@ -20,7 +20,8 @@ timeval toTimeval(float seconds) {
     if (seconds > LongestWait) seconds = LongestWait;
     timeval wait;
     wait.tv_sec = static_cast<time_t>(seconds);
-    wait.tv_usec = static_cast<suseconds_t>((seconds - static_cast<float>(wait.tv_sec)) * 1e6f);
+    const double fraction = static_cast<double>(seconds) - static_cast<double>(wait.tv_sec);
+    wait.tv_usec = static_cast<suseconds_t>(fraction * 1e6);  // exact: a float has 24 bits, a million 20
     return wait;
 }
 

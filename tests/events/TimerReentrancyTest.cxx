@@ -182,9 +182,12 @@ TEST_F(TimerTicks, ANegativeIntervalThatRestartsItselfWaitsToo) {
 
 TEST_F(TimerTicks, AnIntervalThatVanishesInTheElapsedTimeWaitsToo) {
     a->onTick = [&] { a->startTimer(); };
-    a->start(1e-30f);
-    qnTimer::alarm(1000);  // 1000 less 1e-30 is 1000: it would go on for ever
-    EXPECT_EQ("a ", log);
+    for (float interval : {1e-6f, 1e-12f, 1e-30f, std::numeric_limits<float>::denorm_min()}) {
+        log.clear();
+        a->start(interval);
+        qnTimer::alarm(1000);  // 1000 less so little is 1000: it would go on for ever
+        EXPECT_EQ("a ", log) << interval;
+    }
     a->stopTimer();
 }
 
@@ -435,16 +438,44 @@ TEST_F(TimerTicks, AnAdvanceInsideATickThatFiresEverything) {
     EXPECT_EQ("1 ", deltas());
 }
 
-TEST_F(TimerTicks, OfIntervalZeroWaitsThroughAnAdvanceInsideATickToo) {
-    int depth = 0;
+TEST_F(TimerTicks, OneOfIntervalZeroThatRestartsItselfWaitsUntilTheOuterAdvanceIsOver) {
     a->onTick = [&] {
         a->startTimer();
-        if (++depth < 3) qnTimer::alarm(0);
+        qnTimer::alarm(0);
+        qnTimer::alarm(1);
     };
     a->start(0);
     qnTimer::alarm(0);
-    EXPECT_LE(depth, 3);
+    EXPECT_EQ("a ", log) << "otherwise it would fire inside itself for ever";
     a->stopTimer();
+}
+
+TEST_F(TimerTicks, OneThatRestartsItselfFiresInsideItselfWhenItsTimeHasPassed) {
+    int depth = 0;
+    a->onTick = [&] {
+        a->startTimer();
+        if (++depth > 2) return;
+        qnTimer::alarm(0.5f);
+        LoopRig::note("half");
+        qnTimer::alarm(0.5f);
+    };
+    a->start(1);
+    qnTimer::alarm(1);
+    EXPECT_EQ("a half a half a ", log);
+    EXPECT_EQ("1 ", deltas());
+}
+
+TEST_F(TimerTicks, OneThatRestartsItselfFiresInsideItselfBehindAnother) {
+    b->setInterval(1);
+    a->onTick = [&] {
+        a->onTick = nullptr;
+        b->startTimer();
+        a->startTimer();
+        qnTimer::alarm(1);
+    };
+    a->start(1);
+    qnTimer::alarm(1);
+    EXPECT_EQ("a b a ", log) << "both are due after the same second";
 }
 
 // Ticks and the rest of the system.

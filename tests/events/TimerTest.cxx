@@ -150,6 +150,22 @@ TEST_F(TimerList, DueAtTheSameMomentAfterSomeTimeGoesBehind) {
     EXPECT_EQ("a b ", log);
 }
 
+TEST_F(TimerList, DueAtTheSameMomentIsNotAQuestionOfRounding) {
+    Timer first("first", 0), second("second", 0), third("third", 0);
+    for (int i = 1; i < 100; ++i) {
+        for (int n = i + 1; n <= 100; ++n) {
+            first.start(static_cast<float>(i) / 100);
+            second.start(static_cast<float>(n) / 100);
+            third.start(static_cast<float>(n) / 100);
+            ASSERT_EQ(&third, second.getNext()) << i << " and " << n;
+            ASSERT_EQ(0.0f, third.getDelta()) << i << " and " << n;
+            first.stopTimer();
+            second.stopTimer();
+            third.stopTimer();
+        }
+    }
+}
+
 TEST_F(TimerList, AnIntervalCountsFromTheNextStart) {
     Timer a("a", 0);
     a.start(3);

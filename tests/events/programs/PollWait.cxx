@@ -138,6 +138,8 @@ void testWait() {
     expectCalls("select(2 r1 w- e- 2.750000) ", "whole seconds and microseconds");
     exec.poll(0.0000019073486328125f);
     expectCalls("select(2 r1 w- e- 0.000001) ", "1.9 microseconds: truncated");
+    exec.poll(0.7f);  // 0.699999988...
+    expectCalls("select(2 r1 w- e- 0.699999) ", "truncated from the exact value");
     exec.poll(0.99999994f);
     expectCalls("select(2 r1 w- e- 0.999999) ", "never a whole second of microseconds");
     exec.poll(-3);
