@@ -102,9 +102,8 @@ TEST_F(SelectHandler, DestroyingAReplacedOneLeavesItsSuccessor) {
     Pipe pipe;
     int fd = pipe.takeReading();
     qnExec exec;
-    Handler* first = new Handler("first", dup(fd));
+    Handler* first = new Handler("first", fd);
     Handler second("second", fd);
-    first->descriptor = fd;  // both want the same one
     exec.addSelectHandler(first);
     exec.addSelectHandler(&second);
     first->descriptor = -1;
