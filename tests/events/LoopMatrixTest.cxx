@@ -325,12 +325,13 @@ TEST_P(Inside, IsDoneAndTheCycleGoesOn) {
     EXPECT_TRUE(deed.holds == nullptr ? receivedOnce(world) : deed.holds(world)) << LoopRig::log;
 }
 
+std::string nameOf(const testing::TestParamInfo<std::tuple<unsigned, unsigned>>& test) {
+    return std::string(deeds[std::get<1>(test.param)].name) + "InA" + places[std::get<0>(test.param)].name;
+}
+
 INSTANTIATE_TEST_SUITE_P(Everything, Inside,
                          testing::Combine(testing::Range(0u, static_cast<unsigned>(std::size(places))),
                                           testing::Range(0u, static_cast<unsigned>(std::size(deeds)))),
-                         [](const testing::TestParamInfo<std::tuple<unsigned, unsigned>>& info) {
-                             return std::string(deeds[std::get<1>(info.param)].name) + "InA" +
-                                    places[std::get<0>(info.param)].name;
-                         });
+                         nameOf);
 
 }  // namespace LoopMatrixTest
