@@ -160,6 +160,41 @@ TEST_F(TimerTicks, WhileItWaitsForTheNextAdvanceTheOthersFire) {
     a->stopTimer();
 }
 
+TEST_F(TimerTicks, OneThatDestroysWhatWaitsForTheNextAdvance) {
+    a->onTick = [&] { a->startTimer(); };
+    b->onTick = [&] { a.reset(); };
+    a->start(0);
+    b->start(2);
+    c->start(5);
+    qnTimer::alarm(3);
+    EXPECT_EQ("a b ", log);
+    EXPECT_EQ("2 ", deltas());
+    EXPECT_EQ(c.get(), qnTimer::getFirst());
+}
+
+TEST_F(TimerTicks, OneThatStopsWhatWaitsForTheNextAdvance) {
+    a->onTick = [&] { a->startTimer(); };
+    b->onTick = [&] { a->stopTimer(); };
+    a->start(0);
+    b->start(2);
+    c->start(5);
+    qnTimer::alarm(3);
+    EXPECT_FALSE(a->isActive());
+    EXPECT_EQ("2 ", deltas());
+    EXPECT_EQ(c.get(), qnTimer::getFirst());
+}
+
+TEST_F(TimerTicks, OneThatRestartsWhatWaitsForTheNextAdvance) {
+    a->onTick = [&] { a->startTimer(); };
+    b->onTick = [&] { a->start(1); };
+    a->start(0);
+    b->start(2);
+    qnTimer::alarm(2.5f);
+    EXPECT_EQ("a b ", log);
+    EXPECT_EQ("0.5 ", deltas()) << "due at 2 + 1, and listed once";
+    EXPECT_EQ(nullptr, a->getNext());
+}
+
 TEST_F(TimerTicks, TwoOfIntervalZeroThatStartEachOtherEndThePass) {
     a->onTick = [&] { b->startTimer(); };
     b->onTick = [&] { a->startTimer(); };

@@ -182,6 +182,19 @@ TEST_F(TimerList, AnIntervalThatIsNotANumberCountsAsZero) {
     EXPECT_EQ(&b, qnTimer::getFirst());
 }
 
+TEST_F(TimerList, AnInfiniteIntervalCountsAsTheLongestTime) {
+    const float longest = std::numeric_limits<float>::max();
+    Timer a("a", 0), b("b", 0), c("c", 0);
+    a.start(std::numeric_limits<float>::infinity());
+    b.start(std::numeric_limits<float>::infinity());
+    EXPECT_EQ(longest, a.getDelta());
+    EXPECT_EQ(0.0f, b.getDelta());
+    c.start(1);
+    EXPECT_EQ(&c, qnTimer::getFirst());
+    a.stopTimer();
+    EXPECT_EQ(longest, b.getDelta());
+}
+
 TEST_F(TimerList, DestroyingAnActiveOneStopsIt) {
     Timer five("5", 0);
     {
@@ -349,6 +362,16 @@ TEST_F(TimerAlarm, AnAdvanceBackwardsFiresNothing) {
     qnTimer::alarm(-1);
     EXPECT_EQ("", log);
     EXPECT_EQ("2 ", deltas());
+}
+
+TEST_F(TimerAlarm, AnAdvanceThatIsNotANumberCountsAsZero) {
+    Timer a("a", 0), b("b", 0);
+    a.start(0);
+    b.start(1);
+    qnTimer::alarm(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ("a ", log);
+    EXPECT_EQ("1 ", deltas());
+    b.stopTimer();
 }
 
 TEST_F(TimerAlarm, AnInfiniteAdvanceFiresEverythingOnce) {

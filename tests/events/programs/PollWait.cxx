@@ -142,6 +142,8 @@ void testWait() {
     expectCalls("select(2 r1 w- e- 0.699999) ", "truncated from the exact value");
     exec.poll(0.99999994f);
     expectCalls("select(2 r1 w- e- 0.999999) ", "never a whole second of microseconds");
+    exec.poll(1e30f);
+    expectCalls("select(2 r1 w- e- 100000000.000000) ", "the longest wait that every system accepts");
     exec.poll(-3);
     expectCalls("select(2 r1 w- e- 0.000000) ", "negative");
 
