@@ -85,6 +85,8 @@ private:
     struct Index;
     /** Arranges the index for keys that are numbers and not addresses. */
     void expectIds();
+    /** Frees every entry. Iterators are not told. */
+    void discardAll();
     Index& index() const;
 
     mutable Index* index_;

@@ -191,6 +191,7 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
     if (item.use_ != ObjectUse) {
         Info& info = infos_[item.id];
         Width width = widthOf(item.use_);
+        if (info.sort == Unknown) info.sort = Awaited;
         if (info.sort != Array) {
             if (!agree(info.wanted, width)) qnFatal("format error");
             info.wanted = width;

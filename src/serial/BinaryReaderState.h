@@ -11,7 +11,7 @@
  */
 class qnBinaryReader::State : public qnReadSupport {
 public:
-    enum Sort : unsigned char { Unknown, Type, Object, Base, Array };
+    enum Sort : unsigned char { Unknown, Awaited, Type, Object, Base, Array };
     /** What a pointer variable is for. */
     enum Use : unsigned char { ObjectUse, ArrayUse, LongArrayUse, UnsignedLongArrayUse, TextUse, TerminatedUse };
 
@@ -66,6 +66,8 @@ private:
         Owner owner;
         unsigned byteLength;  // of an array, in the stream
         unsigned graph;       // in which it arrived
+
+        bool isSet() const { return sort != Unknown; }
     };
 
     static Width widthOf(unsigned char use);
@@ -84,7 +86,7 @@ private:
     bool getWord(unsigned& word);
 
     qnBinaryReader& reader_;
-    WordMap<Info> infos_;
+    WordMap<std::uint32_t, Info> infos_;
     unsigned graph_;
     unsigned recordRest_;  // data bytes of the current record that are still in the stream
     bool textExpected_;
