@@ -101,6 +101,8 @@ public:
     class State;  ///< what the reader keeps of what has arrived
 
 private:
+    bool readPending();
+
     State* state_;
 };
 

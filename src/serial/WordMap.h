@@ -11,7 +11,7 @@
  * A hash map from words to small plain records: open addressing with linear probing in a power of two of slots, at most
  * half full. Constant time a look-up, also for keys that a hostile stream chooses: the hash is keyed.
  *
- * Keys are `grain` bits apart, 0 for numbers and more for addresses. Eight neighbours share a group of slots, so that
+ * Keys are `grain` bits apart, 0 for numbers and more for addresses. Sixteen neighbours share a group of slots, so that
  * what is numbered or allocated one after another is found close together.
  *
  *     WordMap<std::uint32_t, Info> infos(0);
@@ -19,8 +19,8 @@
  *     if (Info* known = infos.find(id)) ...
  *
  * Records must be trivially copyable; new ones are zero bytes. Slots are kept small, as large maps are as fast as their
- * memory: there is no mark of use beside the record, which tells itself by `isSet()` whether it is one. So whoever makes
- * a record sets it before the next operation. A pointer to a record is valid until the next insertion or removal.
+ * memory: there is no mark of use beside the record, which tells itself by `isSet()` whether it is one. So whoever
+ * makes a record sets it before the next operation. A pointer to a record is valid until the next insertion or removal.
  */
 template <class Word, class Record>
 class WordMap {
@@ -78,7 +78,7 @@ public:
     }
 
 private:
-    static constexpr unsigned GroupBits = 3;
+    static constexpr unsigned GroupBits = 4;
     static constexpr unsigned GroupSize = 1u << GroupBits;
 
     struct Slot {
