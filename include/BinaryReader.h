@@ -9,7 +9,7 @@ class qnBinaryReader;
 typedef bool (*qnBinaryReaderFunc)(qnBinaryReader& reader, char* destination, unsigned count);
 
 /** A pointer variable that waits for an object or array. */
-struct qnBinaryReaderItem {
+struct MORVAQNDS_API qnBinaryReaderItem {
     qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor);
 
     void* address;  ///< of the pointer variable

@@ -321,8 +321,10 @@ bool qnBinaryReader::xdr(qnStr* strings, unsigned count) {
 // Pointers. An array must have the bytes that its variable is read for.
 
 bool qnBinaryReader::State::readElements(void* variable, Use use, unsigned count, unsigned elementBytes) {
-    return readArrayPointer(variable, use,
-                            heap::checkedSize(std::uint64_t(count) * elementBytes, "qnBinaryReader::xdr"));
+    std::uint64_t nbytes = std::uint64_t(count) * elementBytes;
+    // The count may well come from the stream.
+    if (nbytes > heap::MaxBytes) qnFatal("format error");
+    return readArrayPointer(variable, use, static_cast<unsigned>(nbytes));
 }
 
 bool qnBinaryReader::xdr(char** array, unsigned count) { return readPrimPointer(array, count); }
