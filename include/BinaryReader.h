@@ -33,6 +33,9 @@ private:
  * - For kinds 4 and 11 to 14 the reader takes one word more than the writer writes.
  * - A null pointer to a primitive array cannot be read back.
  *
+ * Pointers to objects get an object of whatever class the stream says, as types do not know what they derive from; a
+ * program that does not trust its stream looks at `getTypeObj()` before it uses one.
+ *
  * Objects that a failed read has made stay allocated. Until `reset`, later graphs may refer to objects and arrays of
  * earlier ones, which must live that long; the text of a string of an earlier graph cannot be referred to.
  */

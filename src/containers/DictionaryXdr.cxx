@@ -3,6 +3,7 @@
 #include "Fatal.h"
 #include "Transcriber.h"
 #include "core/Heap.h"
+#include "serial/ReadSupport.h"
 
 namespace {
 
@@ -13,8 +14,15 @@ namespace {
 constexpr unsigned BelievedBuckets = 1u << 20;
 constexpr unsigned BucketsPerEntry = 64;
 
+// Deliberate: a large table that is almost empty can be written and not be read.
 bool isBelievable(unsigned nbuckets, unsigned entries) {
     return nbuckets <= BelievedBuckets || nbuckets / BucketsPerEntry <= entries;
+}
+
+/** Many tables are a large part of the memory too: there is a limit on what is believed in all of them. */
+bool isBelievedBy(qnTranscriber& transcriber, unsigned nbuckets, unsigned entries) {
+    std::uint64_t likely = BucketsPerEntry * (std::uint64_t(entries) + 1);
+    return nbuckets <= likely || qnReadSupport::believesBuckets(transcriber, static_cast<unsigned>(nbuckets - likely));
 }
 
 }  // namespace
@@ -64,7 +72,8 @@ bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
 
 bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
     const unsigned entries = count;
-    if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries)) {
+    if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries) ||
+        !isBelievedBy(transcriber, nbuckets, entries)) {
         qnFatal("format error");
     }
     buckets.resize(nbuckets < BelievedBuckets ? nbuckets : BelievedBuckets);

@@ -47,6 +47,8 @@ qnBinaryOTDict::~qnBinaryOTDict() {
 
 void qnBinaryOTDict::expectIds() { index_->entries.clear(Index::IdGrain); }
 
+void qnBinaryOTDict::expect(Word id) const { index_->entries.expect(id); }
+
 const char* qnBinaryOTDict::className() const { return "qnBinaryOTDict"; }
 
 unsigned long qnBinaryOTDict::hashKey(const void* key) const { return static_cast<std::uint32_t>(wordAt(key) >> 2); }

@@ -107,6 +107,11 @@ void* qnBinaryReader::readObject(qnTypeObj&) {
 bool qnBinaryReader::readPending() {
     while (pendingItems.length() != 0) {
         qnBinaryReaderItem* item = pop();
+        if (unsigned left = pendingItems.length()) {
+            unsigned nextId = static_cast<qnBinaryReaderItem*>(pendingItems.elements()[left - 1])->id;
+            objectTable.expect(nextId);
+            state_->expect(nextId);
+        }
         void* arrived;
         while ((arrived = alreadyRead(item->id)) == nullptr) {
             void* instance;

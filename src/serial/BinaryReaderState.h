@@ -36,6 +36,7 @@ public:
           bases_(AddressGrain),
           graph_(0),
           graphs_(0),
+          bucketsLeft_(BelievedBuckets),
           recordRest_(0),
           textExpected_(false) {
         supportReading(reader);
@@ -45,6 +46,7 @@ public:
     /** Starts a graph, perhaps inside another one, and returns what `endGraph` wants. */
     unsigned startGraph() {
         unsigned outer = graph_;
+        if (outer == 0) bucketsLeft_ = BelievedBuckets;
         graph_ = ++graphs_;
         return outer;
     }
@@ -55,6 +57,8 @@ public:
         textExpected_ = false;
     }
 
+    /** Says that `id` will be looked for soon. */
+    void expect(unsigned id) const { infos_.expect(id); }
     /** Enters what `id` stands for from now on. */
     Info& enter(unsigned id, void* address, Sort sort, unsigned byteLength);
     /** Enters a base part; one that is in this graph already ends the process. */
@@ -81,12 +85,19 @@ public:
     unsigned recordRest() const { return recordRest_; }
 
 protected:
+    bool takeBuckets(unsigned nbuckets) override {
+        if (nbuckets > bucketsLeft_) return false;
+        bucketsLeft_ -= nbuckets;
+        return true;
+    }
     void textFollows() override { textExpected_ = true; }
     void variablesMoved(const void* from, std::size_t nbytes, void* to) override;
 
 private:
     static constexpr unsigned IdGrain = 0;
     static constexpr unsigned AddressGrain = 3;
+    /** In all tables of a graph, beyond those that their entries make likely. */
+    static constexpr unsigned BelievedBuckets = 1u << 25;
 
     /** The graph in which a base part was read last. */
     struct BaseRead {
@@ -113,9 +124,10 @@ private:
     qnBinaryReader& reader_;
     WordMap<std::uint32_t, Info> infos_;
     WordMap<std::uintptr_t, BaseRead> bases_;
-    unsigned graph_;       // the current one, from 1; 0 outside of any
-    unsigned graphs_;      // how many were started
-    unsigned recordRest_;  // data bytes of the current record that are still in the stream
+    unsigned graph_;        // the current one, from 1; 0 outside of any
+    unsigned graphs_;       // how many were started
+    unsigned bucketsLeft_;  // that are believed in this graph
+    unsigned recordRest_;   // data bytes of the current record that are still in the stream
     bool textExpected_;
 };
 

@@ -39,6 +39,11 @@ public:
         return slot.record.isSet() ? &slot.record : nullptr;
     }
 
+    /** Says that `key` will be looked for soon: a large map's memory is far away. */
+    void expect(Word key) const {
+        if (capacity_ != 0) __builtin_prefetch(&slots_[hash(key)]);
+    }
+
     /** The record of `key`, which is made if it is absent. */
     Record& operator[](Word key) {
         if (2 * (count_ + 1) > capacity_) grow();

@@ -294,6 +294,42 @@ TEST(BinaryReaderDeathTest, DictionariesWithOtherRecordsOrImpossibleTables) {
     EXPECT_FATAL(read(root(16).u32(0xFFFFFFFF).u32(8).u32(8).u32(31), intoDictionary), "XXX error handling is missing");
 }
 
+// Empty tables of a million buckets are read one after another; each is gone before the next.
+bool thirtyTwoTables(qnTranscriber& t, Probe&) {
+    for (unsigned i = 0; i < 32; ++i) {
+        qnStrStrDictionary dictionary;
+        if (!dictionary.xdr(t)) return false;
+    }
+    return true;
+}
+
+Bytes tables(unsigned n) {
+    Bytes bytes;
+    for (unsigned i = 0; i < n; ++i) bytes.u8(0x40).u8(16).u32(0).u32(8).u32(8).u32(1u << 20);
+    return bytes;
+}
+
+TEST(BinaryReader, EveryGraphMayHaveThirtyTwoEmptyTablesOfAMillionBuckets) {
+    Probe::type();
+    Probe::onRead() = thirtyTwoTables;
+    Bytes records = root() + tables(32).u8(0x0A).u32(3).u32(2).u32(1) + tables(32);
+    qnBinaryReader reader(new MemoryStream(records.str()), 0x1122, 0x33445566, "ieee");
+    for (int graph = 0; graph < 2; ++graph) {
+        Probe* object = static_cast<Probe*>(reader.readObject(Probe::type()));
+        EXPECT_NE(nullptr, object);
+        delete object;
+    }
+    Probe::onRead() = nothing;
+}
+
+TEST(BinaryReaderDeathTest, ManyEmptyTablesOfAMillionBuckets) {
+    // The next one goes past what is believed in one graph.
+    EXPECT_FATAL(
+        read(root() + tables(33),
+             [](qnTranscriber& t, Probe& self) { return thirtyTwoTables(t, self) && intoDictionary(t, self); }),
+        "format error");
+}
+
 TEST(BinaryReader, ADictionaryWithoutBucketsIsReadAsSuch) {
     Probe::type();
     Probe::onRead() = nothing;
