@@ -6,7 +6,7 @@
 #include <cfloat>
 #include <vector>
 
-#include "events/Watch.h"
+#include "core/Watch.h"
 
 qnTimer* qnTimer::activeTimers_ = nullptr;
 

@@ -49,7 +49,7 @@ qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMa
     floatsReader = qnBinaryReader_floats;
     doublesReader = qnBinaryReader_doubles;
     objectTable.expectIds();
-    state_ = new State(*this);
+    state_ = heap::create<State>("qnBinaryReader::qnBinaryReader", *this);
 }
 
 qnBinaryReader::~qnBinaryReader() {
@@ -138,7 +138,9 @@ bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
             std::memcpy(pointerVariable, &null, sizeof null);
             return true;
         }
-        case qnBRK_NewObject: queue(new qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        case qnBRK_NewObject:
+            queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", pointerVariable, pendingId));
+            return true;
         case qnBRK_OldObject: state_->storeOrQueue(qnBinaryReaderItem(pointerVariable, pendingId)); return true;
         default: qnFatal("XXX bad news!");
     }
@@ -196,7 +198,7 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
             info.wanted = width;
         }
     }
-    reader_.queue(new qnBinaryReaderItem(item));
+    reader_.queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
 }
 
 void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
