@@ -144,6 +144,13 @@ TEST_F(Sequencer, RecordingTheLastRunAgainAppendsAnOverlappingRun) {
     EXPECT_EQ("5+1 5+1 ", runs());
 }
 
+TEST_F(Sequencer, RecordingTheStartOfTheLastRunAgainAppendsBehindIt) {
+    next(5);
+    next(6);
+    next(5);
+    EXPECT_EQ("5+2 5+1 ", runs());
+}
+
 TEST_F(Sequencer, RecordingInsideTheLastRunAppendsAnOverlappingRun) {
     draw(3);
     EXPECT_EQ(1u, next(1));

@@ -47,6 +47,12 @@ qnOrderedGlobal ownGlobal(makeLast, needs, 1);
 
 __attribute__((visibility("default"))) void* operator new(std::size_t size) { return allocate(size); }
 __attribute__((visibility("default"))) void* operator new[](std::size_t size) { return allocate(size); }
+__attribute__((visibility("default"))) void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+__attribute__((visibility("default"))) void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
 __attribute__((visibility("default"))) void operator delete(void* block) noexcept { std::free(block); }
 __attribute__((visibility("default"))) void operator delete[](void* block) noexcept { std::free(block); }
 __attribute__((visibility("default"))) void operator delete(void* block, std::size_t) noexcept { std::free(block); }
