@@ -139,6 +139,24 @@ TEST_F(BoxReentrancy, BoxDestroysTheObjectWhoseInputIsBeingRemoved) {
     EXPECT_EQ(out->getNumberOfConnections(), 0u);
 }
 
+TEST_F(BoxReentrancy, BoxDestroysTheObjectWhoseChannelsAreBeingReleased) {
+    for (int way : {0, 1, 2}) {
+        SetUp();
+        CountedBox* box = new CountedBox(1);
+        box->atEnd = [&] { receiver.reset(); };
+        cut(b);
+        cut(c);
+        queue().postMessage(out, box, Queued);
+        qnObj* object = receiver.get();
+        if (way == 0) object->removeProperty("inputs");
+        if (way == 1) object->removeAllProperties();
+        if (way == 2) object->setProperty(new qnProperty(qnProperty::findTag("inputs"), 1L));
+        EXPECT_EQ(receiver, nullptr);
+        EXPECT_EQ(out->getNumberOfConnections(), 0u);
+        EXPECT_EQ(CountedBox::live, 0);
+    }
+}
+
 TEST_F(BoxReentrancy, BoxTouchesTheChannelsOfAnObjectThatIsBeingDestroyed) {
     CountedBox* box = new CountedBox(1);
     qnObj* object = receiver.get();
