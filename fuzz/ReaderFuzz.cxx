@@ -75,8 +75,8 @@ public:
                ((choice & 16) == 0 || (names.xdr(t) && pairs.xdr(t))) &&
                ((choice & 32) == 0 || (numbers.xdr(t) && shorts.xdr(t))) &&
                ((choice & 64) == 0 || t.xdr(baseType(), this, &part)) &&
-               ((choice & 128) == 0 || (t.xdr(sharedType(), this, &shared) && t.xdr(sharedType(), this, &shared) &&
-                                        label.xdr(t) && label.xdr(t)));
+               ((choice & 128) == 0 || (words.xdr(t) && t.xdr(sharedType(), this, &shared) &&
+                                        t.xdr(sharedType(), this, &shared) && label.xdr(t) && label.xdr(t)));
     }
     qnTypeObj& getTypeObj() const override { return type(); }
     static void* newInstance(qnTypeObj& type) {
@@ -111,6 +111,7 @@ public:
     double* doubles = nullptr;
     qnStrArray names;
     qnStrStrDictionary pairs;
+    qnStrSet words;
     qnLongArray numbers;
     qnShortArray shorts;
     int part = 0;
@@ -134,7 +135,9 @@ unsigned long use(const Node& node) {
     for (unsigned i = 0; i < node.names.length(); ++i) sum += node.names.elements()[i].hash();
     for (unsigned i = 0; i < node.numbers.length(); ++i) sum += static_cast<unsigned long>(node.numbers.elements()[i]);
     qnStrStrDictionary copy(node.pairs);
-    return sum + copy.count;
+    qnStrSet united(7);
+    united += node.words;
+    return sum + copy.count + united.count;
 }
 
 volatile unsigned long sink;

@@ -30,6 +30,8 @@ void Words::take(const char* text, std::size_t length) {
 void Words::end() {
     if (word_.length() == 0) return;
     lowerCase(word_);
-    counts_.add(word_);
+    if (isWanted()) counts_.add(word_);
     word_.resize(0);
 }
+
+bool Words::isWanted() const { return only_ == nullptr || only_->findBuffer(word_.text(), word_.length()) >= 0; }

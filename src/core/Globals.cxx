@@ -1,20 +1,53 @@
 // Everything that the library builds while it is loaded, in one file, because the order matters and must not hang on
 // the order of linking: static objects of one file are built from top to bottom.
 #include "BinaryTranscriber.h"
+#include "Converter.h"
 #include "Debug.h"
+#include "EventHandler.h"
+#include "Exec.h"
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
+#include "Property.h"
+#include "Set.h"
 #include "Str.h"
 #include "StrArray.h"
+#include "StrSet.h"
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "XDRObj.h"
+#include "core/Heap.h"
 
 namespace {
 
-/** Builds the library's singletons, each if it does not exist yet, each after what it needs. */
+/** Draws the data type codes, in the order that gives them their usual values. */
+void drawDataTypes() {
+    unsigned short* const codes[] = {&qnDT_void,    &qnDT_qnBool, &qnDT_int,     &qnDT_long,
+                                     &qnDT_float,   &qnDT_double, &qnDT_CharPtr, &qnDT_qnStr,
+                                     &qnDT_VoidPtr, &qnDT_ObjPtr, &qnDT_DataPtr, &qnDT_qnStrArray};
+    for (unsigned short* code : codes) *code = static_cast<unsigned short>((*qn_nextDataType)());
+}
+
+/**
+ * Builds the library's singletons, each after what it needs.
+ *
+ * Deliberate: each only if it does not exist yet. A program that makes one first keeps its own, and where that is an
+ * allocator, no code is drawn from it.
+ */
 void qnOG_Init_cons() {
-    if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
+    qnProperty::constructPropertyNames();
+    if (qn_nextDataType == nullptr) {
+        qn_nextDataType = heap::create<qnSequencer>("qnInitializeToolkit");
+        drawDataTypes();
+    }
+    qnConverter::createStandardConverters();
+    if (qn_theExecutive == nullptr) qn_theExecutive = heap::create<qnExec>("qnInitializeToolkit");
+    if (qn_theEventHandler == nullptr) qn_theEventHandler = heap::create<qnEventHandler>("qnInitializeToolkit");
+    if (qn_nextEventType == nullptr) {
+        qn_nextEventType = heap::create<qnSequencer>("qnInitializeToolkit");
+        qnET_Unknown = (*qn_nextEventType)();
+        qnET_MessageEvent = (*qn_nextEventType)();
+    }
+    if (qn_theDebugger == nullptr) qn_theDebugger = heap::create<qnDebug>("qnInitializeToolkit", true);
 }
 
 void qnOG_Init_dest() {}
@@ -35,6 +68,7 @@ qnOrderedGlobal qnOG_Transcriber(cons, transcriberNeeds, 1);
 // Abstract classes have no factories.
 qnTypeObj qnArray_type("qnArray", TypeVersion, nullptr, nullptr, qnArray::xdr);
 qnTypeObj qnDictionary_type("qnDictionary", TypeVersion, nullptr, nullptr, qnDictionary::xdr);
+qnTypeObj qnSet_type("qnSet", TypeVersion, nullptr, nullptr, qnSet::xdr);
 
 // Deliberate: all arrays register under one name, which streams record for them. The last one, the string array, is
 // what the name finds.
@@ -61,3 +95,4 @@ qnTypeObj qnStrArray_type("ARRAY", TypeVersion, qnStrArray::newInstance, qnStrAr
 
 qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance,
                                   qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);
+qnTypeObj qnStrSet_type("SET", TypeVersion, qnStrSet::newInstance, qnStrSet::deleteInstance, qnStrSet::xdr);

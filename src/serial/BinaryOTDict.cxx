@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "BinaryTranscriber.h"
+#include "core/Heap.h"
 #include "serial/WordMap.h"
 
 struct qnBinaryOTDict::Index {
@@ -33,9 +34,11 @@ qnBinaryOTDict::Word wordAt(const void* p) {
 }  // namespace
 
 qnBinaryOTDict::qnBinaryOTDict(unsigned nbuckets)
-    : qnDictionary(sizeof(Word), sizeof(Word), nbuckets), index_(new Index) {}
+    : qnDictionary(sizeof(Word), sizeof(Word), nbuckets),
+      index_(heap::create<Index>("qnBinaryOTDict::qnBinaryOTDict")) {}
 
-qnBinaryOTDict::qnBinaryOTDict(const qnBinaryOTDict& other) : qnDictionary(other), index_(new Index) {
+qnBinaryOTDict::qnBinaryOTDict(const qnBinaryOTDict& other)
+    : qnDictionary(other), index_(heap::create<Index>("qnBinaryOTDict::qnBinaryOTDict")) {
     qnDictionary::operator=(other);
 }
 

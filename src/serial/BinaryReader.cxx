@@ -58,7 +58,7 @@ qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMa
     floatsReader = qnBinaryReader_floats;
     doublesReader = qnBinaryReader_doubles;
     objectTable.expectIds();
-    state_ = new State(*this);
+    state_ = heap::create<State>("qnBinaryReader::qnBinaryReader", *this);
 }
 
 qnBinaryReader::~qnBinaryReader() {
@@ -164,7 +164,7 @@ bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
             qnBinaryReaderItem item(pointerVariable, pendingId);
             item.use_ = State::ObjectUse;
             if (pendingKind == qnBRK_NewObject) {
-                queue(new qnBinaryReaderItem(item));
+                queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
             } else {
                 state_->storeOrQueue(item);
             }
@@ -227,7 +227,7 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
             info.wanted = width;
         }
     }
-    reader_.queue(new qnBinaryReaderItem(item));
+    reader_.queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
 }
 
 qnBinaryReader::State::Info& qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {

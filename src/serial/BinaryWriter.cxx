@@ -15,7 +15,7 @@ constexpr unsigned ObjectItem = 0;
 constexpr unsigned ArrayItem = 1;
 
 qnBinaryWriterItem* newObjectItem(void* address, qnTypeObj& type) {
-    qnBinaryWriterItem* item = new qnBinaryWriterItem();
+    qnBinaryWriterItem* item = heap::create<qnBinaryWriterItem>("qnBinaryWriter::xdr");
     item->kind = ObjectItem;
     item->address = address;
     item->type = &type;
@@ -24,7 +24,7 @@ qnBinaryWriterItem* newObjectItem(void* address, qnTypeObj& type) {
 
 qnBinaryWriterItem* newArrayItem(void* address, unsigned byteLength, qnBinaryOTTag tag,
                                  qnBinaryWriterItem::Elements elements) {
-    qnBinaryWriterItem* item = new qnBinaryWriterItem();
+    qnBinaryWriterItem* item = heap::create<qnBinaryWriterItem>("qnBinaryWriter::xdr");
     item->kind = ArrayItem;
     item->address = address;
     item->byteLength = byteLength;

@@ -1,0 +1,3 @@
+#include "core/LiveWalk.h"
+
+LiveWalk* LiveWalk::innermost_ = nullptr;

@@ -1,0 +1,3 @@
+#include "core/Watch.h"
+
+Watch* Watch::innermost_ = nullptr;

@@ -1,0 +1,3 @@
+#include "events/QueueWalk.h"
+
+QueueWalk* QueueWalk::innermost_ = nullptr;
