@@ -8,7 +8,7 @@ class qnBinaryReader;
 /** Reads `count` bytes into `destination` and rearranges them for this machine. */
 typedef bool (*qnBinaryReaderFunc)(qnBinaryReader& reader, char* destination, unsigned count);
 
-/** A pointer variable that waits for an object or array. */
+/** A pointer variable that waits for an object or array; whoever makes it here knows that it can hold what comes. */
 struct MORVAQNDS_API qnBinaryReaderItem {
     qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor);
 

@@ -31,7 +31,7 @@ bool isObject(qnBinaryReader::State::Sort sort) {
 }  // namespace
 
 qnBinaryReaderItem::qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor)
-    : address(pointerVariable), id(waitsFor), use_(qnBinaryReader::State::ObjectUse), byteLength_(0) {}
+    : address(pointerVariable), id(waitsFor), use_(qnBinaryReader::State::AnyUse), byteLength_(0) {}
 
 qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMark, const char* floatFormat)
     : shortsReader(nullptr), longsReader(nullptr), floatsReader(nullptr), doublesReader(nullptr), state_(nullptr) {
@@ -160,9 +160,16 @@ bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
             return true;
         }
         case qnBRK_NewObject:
-            queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", pointerVariable, pendingId));
+        case qnBRK_OldObject: {
+            qnBinaryReaderItem item(pointerVariable, pendingId);
+            item.use_ = State::ObjectUse;
+            if (pendingKind == qnBRK_NewObject) {
+                queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
+            } else {
+                state_->storeOrQueue(item);
+            }
             return true;
-        case qnBRK_OldObject: state_->storeOrQueue(qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        }
         default: qnFatal("XXX bad news!");
     }
 }
@@ -253,7 +260,8 @@ qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
 
 void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived) {
     Info* info = infos_.find(item.id);
-    if (item.use_ == ObjectUse) {
+    bool anyArray = item.use_ == AnyUse && info != nullptr && info->sort == Array;
+    if (item.use_ <= ObjectUse && !anyArray) {
         if (info == nullptr || !isObject(info->sort)) qnFatal("XXX bad news!");
         std::memcpy(item.address, &arrived, sizeof arrived);
         return;

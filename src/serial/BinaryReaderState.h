@@ -13,7 +13,15 @@ class qnBinaryReader::State : public qnReadSupport {
 public:
     enum Sort : unsigned char { Unknown, Awaited, Type, Object, Base, Array };
     /** What a pointer variable is for. */
-    enum Use : unsigned char { ObjectUse, ArrayUse, LongArrayUse, UnsignedLongArrayUse, TextUse, TerminatedUse };
+    enum Use : unsigned char {
+        AnyUse,
+        ObjectUse,
+        ArrayUse,
+        LongArrayUse,
+        UnsignedLongArrayUse,
+        TextUse,
+        TerminatedUse
+    };
 
     /** What an array's elements are in memory: as in the stream, or spread to longs. Unclaimed ones are as in it. */
     enum Width : unsigned char { Unclaimed, Narrow, Long, UnsignedLong };

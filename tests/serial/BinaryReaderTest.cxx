@@ -264,6 +264,23 @@ TEST_F(Reading, TheQueueGivesBackTheNewest) {
     EXPECT_EQ(0u, reader.pendingItems.length());
 }
 
+TEST_F(Reading, AVariableThatTheProgramQueuesGetsAnObjectOrAnArray) {
+    Bytes records = root(0) + instance(4);
+    records.u8(0x45).u8(2).u32(3).u32(2).raw("ab");
+    Probe* root1 = read(records, [this](qnTranscriber&, Probe& self) {
+        if (self.first != nullptr || reader.alreadyRead(4) != nullptr) return true;
+        reader.queue(new qnBinaryReaderItem(&self.chars, 3));
+        reader.queue(new qnBinaryReaderItem(&self.first, 4));
+        return true;
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(reader.alreadyRead(4), root1->first);
+    EXPECT_EQ("ab", std::string(root1->chars, 2));
+    std::free(root1->chars);
+    delete root1->first;
+    delete root1;
+}
+
 TEST_F(Reading, FormsForIntsReadWhatFormsForLongsRead) {
     for (bool wide : {false, true}) {
         stream->input += Bytes().u8(0x40).u8(12).u32(0xFFFFFFFF).u32(0x7FFFFFFF).u32(0xFFFFFFFF).str();
