@@ -61,6 +61,7 @@ qnMessageEvent::qnMessageEvent(const qnMessageEvent& other)
 }
 
 qnMessageEvent::~qnMessageEvent() {
+    leaveQueue();
     if (channel_ != nullptr && channel_->pending == this) channel_->pending = nullptr;
     if (Delivery::inherit(this, channel_, data_)) return;
     qnRelease(channel_);

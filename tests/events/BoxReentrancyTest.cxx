@@ -92,6 +92,16 @@ TEST_F(BoxReentrancy, BoxOfAReplacedMessageDestroysTheReceiverInItsEnd) {
     }
 }
 
+TEST_F(BoxReentrancy, BoxDistributesInItsEndWhileItsQueuedMessageIsDestroyed) {
+    CountedBox* box = new CountedBox(1);
+    box->atEnd = [&] { queue().distributeEvents(); };
+    queue().postEvent(new qnMessageEvent(in(a), box), 0);
+    send(2, Queued);
+    delete queue().head;
+    EXPECT_EQ(told(), "a:2 b:2 c:2");
+    EXPECT_EQ(queue().count, 0u);
+}
+
 TEST_F(BoxReentrancy, BoxSendsAgainInItsEnd) {
     CountedBox* box = new CountedBox(1);
     box->atEnd = [&] { send(2, Queued); };
