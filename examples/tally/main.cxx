@@ -2,30 +2,37 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "StateFile.h"
 #include "Table.h"
-#include "Words.h"
+#include "Tally.h"
 
 namespace {
 
 constexpr int Failure = 1;
 constexpr int UsageError = 2;
-constexpr char Usage[] = "usage: tally [--top N] [--state FILE] [FILE...]";
+constexpr char Usage[] = "usage: tally [--every SECONDS] [--follow] [--top N] [--state FILE] [FILE...]";
 
 struct Options {
     unsigned top = 10;
     const char* state = nullptr;
+    float every = 0;  // seconds; 0 when there is no running table
+    bool follow = false;
     char** files = nullptr;  // null-terminated
 };
 
-int complain(const char* subject, const char* problem, int status = Failure) {
+int complain(const char* problem, int status = Failure) {
     std::fflush(stdout);
-    std::fprintf(stderr, "tally: %s: %s\n", subject, problem);
+    std::fprintf(stderr, "tally: %s\n", problem);
     return status;
+}
+
+int complain(const char* subject, const char* problem, int status = Failure) {
+    return complain((qnStr(subject) + ": " + problem).text(), status);
 }
 
 /** A whole number from 1. */
@@ -38,6 +45,15 @@ bool parseNumber(const char* text, unsigned& number) {
     return true;
 }
 
+/** Seconds, with a fraction or without. */
+bool parseSeconds(const char* text, float& seconds) {
+    char* end;
+    double value = std::strtod(text, &end);
+    if (text[std::strspn(text, "0123456789.")] != 0 || *end != 0 || !(value >= 0.001 && value <= 1000000)) return false;
+    seconds = static_cast<float>(value);
+    return true;
+}
+
 /** Sets `options`; returns 0, or the status to exit with. */
 int parseOptions(char** argument, Options& options) {
     for (++argument; *argument != nullptr && argument[0][0] == '-' && argument[0][1] != 0; ++argument) {
@@ -46,12 +62,22 @@ int parseOptions(char** argument, Options& options) {
             ++argument;
             break;
         }
+        if (std::strcmp(option, "--follow") == 0) {
+            options.follow = true;
+            continue;
+        }
         bool isTop = std::strcmp(option, "--top") == 0;
-        if (!isTop && std::strcmp(option, "--state") != 0) {
+        bool isEvery = std::strcmp(option, "--every") == 0;
+        if (!isTop && !isEvery && std::strcmp(option, "--state") != 0) {
             return complain(option, (qnStr("unknown option; ") + Usage).text(), UsageError);
         }
         if (*++argument == nullptr) return complain(option, (qnStr("needs a value; ") + Usage).text(), UsageError);
-        if (!isTop) {
+        if (isEvery) {
+            if (!parseSeconds(*argument, options.every)) {
+                return complain(*argument, (qnStr("--every takes seconds from 0.001 to 1000000; ") + Usage).text(),
+                                UsageError);
+            }
+        } else if (!isTop) {
             options.state = *argument;
         } else if (!parseNumber(*argument, options.top)) {
             return complain(*argument, "--top takes a whole number from 1 to 4294967295", UsageError);
@@ -61,23 +87,44 @@ int parseOptions(char** argument, Options& options) {
     return 0;
 }
 
-bool countFile(std::FILE* file, WordCounts& counts) {
-    Words words(counts);
-    char buffer[1 << 16];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file)) != 0) words.take(buffer, n);
-    words.end();
-    return std::ferror(file) == 0;
+Tally::Settings settingsFrom(const Options& options) {
+    Tally::Settings settings = {qnStrArray(), options.follow, options.every, options.top};
+    for (char** file = options.files; *file != nullptr; ++file) {
+        qnStr name(*file);
+        settings.inputs.append(&name);
+    }
+    if (settings.inputs.length() == 0) {
+        qnStr standardInput("-");
+        settings.inputs.append(&standardInput);
+    }
+    return settings;
 }
 
-int countInput(const char* name, WordCounts& counts) {
-    bool isStandard = std::strcmp(name, "-") == 0;
-    std::FILE* file = isStandard ? stdin : std::fopen(name, "rb");
+int save(const char* path, WordCounts& counts) {
     qnStr problem;
-    if (file == nullptr || !countFile(file, counts)) problem.format("cannot be read: %s", std::strerror(errno));
-    if (file != nullptr && !isStandard) std::fclose(file);
-    if (problem.length() == 0) return 0;
-    return complain(isStandard ? "standard input" : name, problem.text());
+    if (path == nullptr || stateFile::save(path, counts, problem)) return 0;
+    return complain(path, problem.text());
+}
+
+/** Lets the application run until it closes, and what is then on its way arrive. */
+void runLoop() {
+    qn_theExecutive->open();
+    qn_theExecutive->loop();
+    while (qn_theEventHandler->count != 0) qn_theEventHandler->distributeEvents();
+}
+
+/** Reads all inputs. `interrupted` tells whether a signal ended that; then the counts are saved already. */
+int count(const Options& options, WordCounts& counts, bool& interrupted) {
+    Tally::Settings settings = settingsFrom(options);
+    Tally tally(counts, settings);
+    qn_theExecutive->initialize(0, nullptr);
+    if (tally.problem().length() == 0) runLoop();
+    tally.close();
+    if (tally.problem().length() != 0) return complain(tally.problem().text());
+    interrupted = tally.wasInterrupted();
+    if (!interrupted) return 0;
+    tally.ignoreSignals();
+    return save(options.state, counts);
 }
 
 int run(const Options& options) {
@@ -86,18 +133,15 @@ int run(const Options& options) {
     if (options.state != nullptr && !stateFile::load(options.state, counts, problem)) {
         return complain(options.state, problem.text());
     }
-    if (*options.files == nullptr) {
-        if (int status = countInput("-", counts)) return status;
-    }
-    for (char** file = options.files; *file != nullptr; ++file) {
-        if (int status = countInput(*file, counts)) return status;
-    }
+    bool interrupted = false;
+    if (int status = count(options, counts, interrupted)) return status;
+    // The key that interrupts this program also ends those that it is piped into: then nobody wants the table.
+    if (interrupted) std::signal(SIGPIPE, SIG_IGN);
     printTable(stdout, counts, options.top);
-    if (std::fflush(stdout) != 0) return complain("standard output", std::strerror(errno));
-    if (options.state != nullptr && !stateFile::save(options.state, counts, problem)) {
-        return complain(options.state, problem.text());
+    if (std::fflush(stdout) != 0 && !(interrupted && errno == EPIPE)) {
+        return complain("standard output", std::strerror(errno));
     }
-    return 0;
+    return interrupted ? 0 : save(options.state, counts);
 }
 
 }  // namespace
