@@ -109,7 +109,9 @@ void Tally::onSignal(Tally* tally, int) {
     tally->close();
 }
 
-void Tally::onFailed(Tally* tally, const qnStr& problem) { tally->fail(problem); }
+void Tally::onFailed(Tally* tally, const qnStr& problem) {
+    if (tally->isOpen()) tally->fail(problem);
+}
 
 /** The first failure counts. */
 void Tally::fail(const qnStr& problem) {
