@@ -1,4 +1,14 @@
 // tally: counts the words of texts, and keeps the counts between runs.
+//
+//     --every SECONDS   prints a running table again and again; the last one comes when the counting is over
+//     --follow          goes on when the inputs are at their end: files may grow, FIFOs may find another writer
+//     --top N           rows of a table
+//     --state FILE      where the counts are kept
+//
+// All pipes are read at once, and the files one after the other. SIGINT and SIGTERM end the counting, not the program:
+// what has arrived is counted, the state is saved, and then the last table is printed. The exit status is 0 then as
+// well; it is 1 when an input, the state or the output fails, and 2 for bad options. A failure before the state is
+// saved leaves the old one alone.
 #include <unistd.h>
 
 #include <cerrno>

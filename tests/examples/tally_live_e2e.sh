@@ -63,7 +63,9 @@ finish() {  # finish: sets `status` and `problem` when the program has ended
     fi
 }
 shows() {  # shows NAME COUNT WORD: waits until a running table has that row
-    if until_ has "$2" "$3"; then verdict "$1" ""; else verdict "$1" "no row '$2 $3' in '$(last_table out | head -c 300)'"; fi
+    local why=""
+    until_ has "$2" "$3" || why="no row '$2 $3' in '$(last_table out | head -c 300)'"
+    verdict "$1" "$why"
 }
 ends_with() {  # ends_with NAME COUNT WORD ...: the program ends well, and this is its last table
     local name=$1
@@ -112,7 +114,8 @@ cat word | $tally | tail -n 1 | tr -d ' \n' >from_pipe
 verdict a_word_of_1_mb_in_a_file "$(cmp expected from_file 2>&1)"
 verdict a_word_of_1_mb_in_a_pipe "$(cmp expected from_pipe 2>&1)"
 printf 'a\0b\1\2a\377\200 \0\0a\n\0' | $tally >out 2>err
-verdict bytes_of_every_sort_in_a_pipe "$([ "$(cat out)" = "$(table 2 a 1 "$(printf 'a\377\200')" 1 b)" ] || cat out err)"
+expected=$(table 2 a 1 "$(printf 'a\377\200')" 1 b)
+verdict bytes_of_every_sort_in_a_pipe "$([ "$(cat out)" = "$expected" ] || cat out err)"
 printf 'a\0b\1\2a\377\200 \0\0a\n\0' >bytes
 start bytes
 ends_with bytes_of_every_sort_in_a_file 2 a 1 "$(printf 'a\377\200')" 1 b
@@ -326,5 +329,6 @@ fails_with too_many_pipes 1 "tally: f[0-9]+: cannot be waited for: its descripto
     exec $tally file >out 2>err
 )
 status=$?
-verdict no_descriptor_left_for_signals "$([ $status = 1 ] && grep -qxE "tally: signals: $cannot" err || { echo $status; cat err; })"
+verdict no_descriptor_left_for_signals \
+    "$([ $status = 1 ] && grep -qxE "tally: signals: $cannot" err || { echo $status; cat err; })"
 exit $failed
