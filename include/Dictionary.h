@@ -1,6 +1,7 @@
 #ifndef MORVAQNDS_DICTIONARY_H
 #define MORVAQNDS_DICTIONARY_H
 
+#include "Chain.h"
 #include "Export.h"
 #include "TypedArray.h"
 #include "XDRObj.h"
@@ -8,17 +9,9 @@
 class qnDictIter;
 class qnDictionary;
 
-/** One link of a chain. It frees its entry, but whoever deletes it destroys the key and the value first. */
-struct MORVAQNDS_API qnDictBucket {
-    qnDictBucket(char* newEntry, qnDictBucket* nextLink) : entry(newEntry), next(nextLink) {}
-    ~qnDictBucket();
-
-    char* entry;         ///< a block from `malloc`: the key record, immediately followed by the value record
-    qnDictBucket* next;  ///< the next link of the chain, or null
-
-private:
-    qnDictBucket(const qnDictBucket&);
-    qnDictBucket& operator=(const qnDictBucket&);
+/** One link of a chain: its entry is the key record, immediately followed by the value record. */
+struct MORVAQNDS_API qnDictBucket : qnChainLink<qnDictBucket> {
+    using qnChainLink<qnDictBucket>::qnChainLink;
 };
 
 /** The chain heads of a dictionary; new ones are empty. */
@@ -134,8 +127,9 @@ public:
 
     /**
      * Transcribes the whole dictionary: counts, record sizes and entries with their bucket numbers. False at the first
-     * failure. A stream that describes other records or an impossible table ends the process. So that a few bytes cannot
-     * claim a large part of the memory, a table of more than 1,048,576 buckets is only read with an entry for every 64.
+     * failure. A stream that describes other records or an impossible table ends the process. So that a few bytes
+     * cannot claim a large part of the memory, a table of more than 1,048,576 buckets is only read with an entry for
+     * every 64.
      *
      * Deliberate: entries are written head first and pushed at the head when read, so each chain comes back reversed;
      * bucket numbers are taken from the stream and keys are not hashed again, as string keys have no text yet.
@@ -220,22 +214,11 @@ public:
 private:
     qnDictIter(const qnDictIter&);
     qnDictIter& operator=(const qnDictIter&);
-
-    void start(qnDictionary& dictionary);
 };
 
 /** An iterator for one class of dictionaries, by reference or pointer. */
 template <class Dictionary>
-class qnTypedDictIter : public qnDictIter {
-public:
-    qnTypedDictIter() {}
-    explicit qnTypedDictIter(Dictionary& dictionary) : qnDictIter(dictionary) {}
-    explicit qnTypedDictIter(Dictionary* dictionary) : qnDictIter(*dictionary) {}
-    qnTypedDictIter& operator=(Dictionary& dictionary) {
-        qnDictIter::operator=(dictionary);
-        return *this;
-    }
-};
+using qnTypedDictIter = qnTypedIter<qnDictIter, Dictionary>;
 
 /** The string-keyed half of a dictionary: keys are `qnStr`, copied deeply, hashed and compared as text. */
 class MORVAQNDS_API qnStrKeyDictionary : public qnDictionary {

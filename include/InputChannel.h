@@ -75,10 +75,17 @@ private:
     qnVoidPtrArray* outputs_;
 };
 
+/** Destroys an input or a converter. */
+MORVAQNDS_API void qnDestroy(qnInputChannel* channel);
+
 /**
  * Takes a holder away from an input or converter and destroys it when that was the last one; true when it was
  * destroyed. Null is ignored.
  */
-MORVAQNDS_API bool qnRelease(qnInputChannel* channel);
+inline bool qnRelease(qnInputChannel* channel) {
+    if (channel == nullptr || --channel->refCount != 0) return false;
+    qnDestroy(channel);
+    return true;
+}
 
 #endif

@@ -19,11 +19,13 @@
  * character takes it literally.
  *
  * Unusual:
- * - A newline in the pattern separates alternatives exactly as `|` does. In the text it is a character like any other:
- *   `.` matches it, and `^` and `$` know nothing of lines.
+ * - Deliberate: a newline in the pattern separates alternatives exactly as `|` does, so that a list of patterns, one to
+ *   a line, is a pattern. In the text it is a character like any other: `.` matches it, and `^` and `$` know nothing of
+ *   lines.
  * - What a `*` or `+` repeats must not be able to match the empty string; such a pattern does not compile.
- * - The first alternative that leads to a match wins, not the longest; groups hold their last repetition.
- * - `\>` looks at the character after it only.
+ * - Deliberate: the first alternative that leads to a match wins, not the longest, and groups hold their last
+ *   repetition, as backtracking finds them.
+ * - Deliberate: `\>` looks at the character after it only.
  * - The results stand in the compiled expression and point into the text that was searched.
  * - Errors are seen by their result alone; see `qnregerror` for the reason.
  *
@@ -59,6 +61,15 @@ struct regexp {
  * Null when the pattern is null, malformed, needs a program of 32767 bytes or more, or memory is exhausted.
  */
 MORVAQNDS_API regexp* qnregcomp(const char* pattern);
+
+/**
+ * Where in its pattern the last `qnregcomp` stopped, in characters from 0: the place at which the failure showed, which
+ * is the pattern's length when its end came too soon or the program would have been too large. -1 when the pattern
+ * compiled.
+ *
+ *     if (!qnregcomp("a**")) std::printf("a**\n%*s^\n", int(qnregerrorplace()), "");  // under the second star
+ */
+MORVAQNDS_API long qnregerrorplace();
 
 /**
  * Searches `string` for the leftmost match of `expression`: 1 if there is one, with `startp` and `endp` filled, else 0.

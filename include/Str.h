@@ -102,7 +102,7 @@ public:
     void raise();
     /**
      * Removes `len` characters from `start`. The buffer never shrinks, but removing as many characters as the string
-     * has releases it. Requires: start + len <= length(). More is removed up to the end.
+     * has releases it. Requires: the string is not empty, and start + len <= length(). More is removed up to the end.
      */
     void remove(unsigned start, unsigned len);
     /**
@@ -284,7 +284,7 @@ MORVAQNDS_API qnTempStr operator+(const char* a, const qnStr& b);
 // A temporary grows in place and is returned, so that a + b + c + d builds one buffer.
 
 inline qnTempStr& operator+(qnTempStr& a, const qnStr& b) { return a.concat(b.data, b.length()); }
-inline qnTempStr& operator+(qnTempStr& a, const char* b) { return a.concat(b, static_cast<unsigned>(std::strlen(b))); }
+MORVAQNDS_API qnTempStr& operator+(qnTempStr& a, const char* b);
 inline qnTempStr& operator+(qnTempStr&& a, const qnStr& b) { return a + b; }
 inline qnTempStr& operator+(qnTempStr&& a, const char* b) { return a + b; }
 

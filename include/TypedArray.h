@@ -2,8 +2,10 @@
 #define MORVAQNDS_TYPEDARRAY_H
 
 #include <cstdlib>
+#include <new>
 
 #include "Array.h"
+#include "Fatal.h"
 #include "Transcriber.h"
 
 /**
@@ -84,7 +86,11 @@ public:
     using qnTypedArray<Self, Element, Layer>::qnTypedArray;
 
     /** A new array that is about to be read; the caller owns it. */
-    static void* newInstance(qnTypeObj& type) { return new Self(type); }
+    static void* newInstance(qnTypeObj& type) {
+        Self* made = new (std::nothrow) Self(type);
+        if (made == nullptr) qnFatal("qnArray::newInstance: out of memory");
+        return made;
+    }
     /** Destroys what `newInstance` made; null is ignored. */
     static void deleteInstance(void* object) { delete static_cast<Self*>(object); }
     static bool xdr(void* object, qnTranscriber& transcriber) {
@@ -111,9 +117,9 @@ struct qnStreamSize<unsigned long> {
  * The pattern for plain elements that travel through a transcriber.
  *
  * Deliberate: the elements that are written are counted by the capacity and not by the length, so spare elements travel
- * too (as zeros), but only those in use are read back: call `resize(length())` before writing, or what follows the array
- * in the stream is read out of step. And reading drops an earlier block without releasing it, as the array is taken to
- * be new.
+ * too (as zeros), but only those in use are read back: call `resize(length())` before writing, or what follows the
+ * array in the stream is read out of step. And reading drops an earlier block without releasing it, as the array is
+ * taken to be new.
  */
 template <class Self, class Element>
 class MORVAQNDS_API qnSerialArray : public qnFactoryArray<Self, Element> {

@@ -4,14 +4,14 @@
 #include "WordCounts.h"
 
 /**
- * Counts the words that it receives.
+ * Counts the words that it receives; with a pattern, only those in which it is found.
  *
  *     input   "word"  CharPtr
  */
 class Counter : public qnObj {
 public:
-    /** `counts` must live as long as this. */
-    explicit Counter(WordCounts& counts);
+    /** Both must live as long as this; the pattern may be null. */
+    Counter(WordCounts& counts, const qnTextPattern* only);
 
     const char* className() const override;
 
@@ -19,6 +19,7 @@ private:
     static void onWord(Counter* counter, const char* word);
 
     WordCounts& counts_;
+    const qnTextPattern* only_;
 };
 
 #endif

@@ -6,7 +6,7 @@
 #include "Descriptors.h"
 
 Tally::Tally(WordCounts& counts, const Settings& settings)
-    : settings_(settings), counter_(counts), display_(counts, settings.top), timer_(settings.every) {
+    : settings_(settings), counter_(counts, settings.only), display_(counts, settings.top), timer_(settings.every) {
     addInput("ended", this, &onEnded);
     addInput("signal", this, &onSignal);
     addInput("failed", this, &onFailed);

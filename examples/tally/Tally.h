@@ -28,10 +28,11 @@
 class Tally : public qnApplication {
 public:
     struct Settings {
-        qnStrArray inputs;  ///< names; "-" is standard input
-        bool follow;        ///< whether inputs never end
-        float every;        ///< seconds between two running tables; 0 for none
-        unsigned top;       ///< rows of a running table
+        qnStrArray inputs;          ///< names; "-" is standard input
+        bool follow;                ///< whether inputs never end
+        float every;                ///< seconds between two running tables; 0 for none
+        unsigned top;               ///< rows of a running table
+        const qnTextPattern* only;  ///< what is found in the words that count; null for all words
     };
 
     /** Both must live as long as this. */

@@ -1,26 +1,23 @@
 #include "Dictionary.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
-#include "Checked.h"
 #include "Str.h"
+#include "containers/Chains.h"
+#include "containers/StrRecord.h"
 #include "core/Heap.h"
 
 namespace {
 
-constexpr unsigned DefaultBuckets = 31;
+typedef chains::Iteration<qnDictIter, qnDictionary, &qnDictIter::dict> Iteration;
 
 }  // namespace
-
-qnDictBucket::~qnDictBucket() { std::free(entry); }
 
 // Construction
 
 qnDictionary::qnDictionary(unsigned bytesPerKey, unsigned bytesPerValue, unsigned nbuckets)
     : count(0), keySize(bytesPerKey), valueSize(bytesPerValue), staleIters_(0) {
-    buckets.resize(nbuckets == 0 ? DefaultBuckets : nbuckets);
+    buckets.resize(nbuckets == 0 ? chains::DefaultBuckets : nbuckets);
 }
 
 qnDictionary::qnDictionary(const qnDictionary& other)
@@ -46,15 +43,7 @@ qnDictionary& qnDictionary::operator=(const qnDictionary& other) {
 
 // Record operations
 
-unsigned long qnDictionary::hashKey(const void* key) const {
-    unsigned hash = 0;
-    for (unsigned offset = 0; offset + sizeof(unsigned) <= keySize; offset += sizeof(unsigned)) {
-        unsigned word;
-        std::memcpy(&word, static_cast<const char*>(key) + offset, sizeof word);
-        hash ^= word;
-    }
-    return hash;
-}
+unsigned long qnDictionary::hashKey(const void* key) const { return chains::wordHash(key, keySize); }
 
 void qnDictionary::destroyKey(void*) const {}
 
@@ -71,9 +60,7 @@ void qnDictionary::requireBuckets(const char* operation) const {
     if (bucketCount() == 0) qnFatal("qnDictionary::%s: the dictionary has no buckets", operation);
 }
 
-unsigned qnDictionary::bucketOf(const void* key) const {
-    return static_cast<unsigned>(hashKey(key)) % bucketCount();
-}
+unsigned qnDictionary::bucketOf(const void* key) const { return static_cast<unsigned>(hashKey(key)) % bucketCount(); }
 
 char* qnDictionary::newEntry() const {
     std::size_t nbytes = heap::checkedSize(std::uint64_t(keySize) + valueSize, "qnDictionary::addInternal");
@@ -82,15 +69,14 @@ char* qnDictionary::newEntry() const {
 
 qnDictBucket* qnDictionary::pushEntry(unsigned bucket, char* entry) {
     qnDictBucket*& head = buckets.elements()[bucket];
-    head = new qnDictBucket(entry, head);
+    head = heap::create<qnDictBucket>("qnDictionary::addInternal", entry, head);
     ++count;
     return head;
 }
 
 qnDictBucket* qnDictionary::findInChain(unsigned bucket, const void* key) const {
-    qnDictBucket* link = buckets.elements()[bucket];
-    while (link != nullptr && compareKeys(key, link->entry) != 0) link = link->next;
-    return link;
+    qnDictBucket* head = buckets.elements()[bucket];
+    return *chains::placeOf(*this, &head, key);
 }
 
 void* qnDictionary::find(const void* key, void** where) const {
@@ -129,8 +115,7 @@ void* qnDictionary::findCreate(const void* key) {
 /** Takes the link of `key` out of its chain; it keeps its successor for the iterators that stand on it. */
 qnDictBucket* qnDictionary::unlink(const void* key) {
     if (bucketCount() == 0) return nullptr;
-    qnDictBucket** place = &buckets.elements()[bucketOf(key)];
-    while (*place != nullptr && compareKeys(key, (*place)->entry) != 0) place = &(*place)->next;
+    qnDictBucket** place = chains::placeOf(*this, &buckets.elements()[bucketOf(key)], key);
     qnDictBucket* link = *place;
     if (link != nullptr) *place = link->next;
     return link;
@@ -186,74 +171,27 @@ void qnDictionary::cleanup() {
 void qnDictionary::addIter(qnDictIter* iter) { iters.append(&iter); }
 
 void qnDictionary::removeIter(qnDictIter* iter) {
-    unsigned index = iters.find(&iter, staleIters_);
-    MORVAQNDS_REQUIRE(index < iters.length(), "qnDictionary::removeIter: the iterator is not among the %u registered",
-                      iters.length() - staleIters_);
-    if (index < iters.length()) iters.remove(index, 1);
+    Iteration::remove(iters, staleIters_, iter, "qnDictionary::removeIter");
 }
 
-void qnDictionary::invalidateIters(const qnDictBucket* link) const {
-    unsigned i = staleIters_;
-    while (i < iters.length()) {
-        qnDictIter* iter = iters.elements()[i];
-        if (iter->current == link) {
-            // One that was moved here by a removal goes on all the same.
-            iter->flags &= ~unsigned(qnDictIter::Advanced);
-            ++*iter;
-            if (iter->dict == nullptr) continue;  // finished: it has left the list
-            iter->flags |= qnDictIter::Advanced;
-        }
-        ++i;
-    }
-}
+void qnDictionary::invalidateIters(const qnDictBucket* link) const { Iteration::invalidate(iters, staleIters_, link); }
 
-qnDictIter::qnDictIter(qnDictionary& dictionary) : flags(0) { start(dictionary); }
+qnDictIter::qnDictIter(qnDictionary& dictionary) : flags(0) { Iteration::start(*this, dictionary); }
 
-qnDictIter::~qnDictIter() {
-    if (dict != nullptr) dict->removeIter(this);
-}
+qnDictIter::~qnDictIter() { Iteration::leave(*this); }
 
 qnDictIter& qnDictIter::operator=(qnDictionary& dictionary) {
-    if (dict != nullptr) dict->removeIter(this);
-    start(dictionary);
+    Iteration::leave(*this);
+    Iteration::start(*this, dictionary);
     return *this;
-}
-
-void qnDictIter::start(qnDictionary& dictionary) {
-    dict = &dictionary;
-    bucketIndex = 0;
-    flags &= ~unsigned(Advanced);
-    current = dictionary.buckets.length() == 0 ? nullptr : dictionary.buckets.elements()[0];
-    dictionary.addIter(this);
-    if (current == nullptr) advanceToValid();
 }
 
 qnDictIter& qnDictIter::operator++() {
-    if (dict == nullptr) return *this;
-    if (flags & Advanced) {
-        flags &= ~unsigned(Advanced);
-        return *this;
-    }
-    current = current->next;
-    if (current == nullptr) advanceToValid();
+    Iteration::advance(*this);
     return *this;
 }
 
-void qnDictIter::advanceToValid() {
-    if (dict == nullptr) return;
-    do {
-        ++bucketIndex;
-        if (bucketIndex >= dict->buckets.length()) {
-            dict->removeIter(this);
-            dict = nullptr;
-            current = nullptr;
-            flags |= Advanced;
-            return;
-        }
-        current = dict->buckets.elements()[bucketIndex];
-    } while (current == nullptr);
-    flags &= ~unsigned(Advanced);
-}
+void qnDictIter::advanceToValid() { Iteration::advanceToValid(*this); }
 
 // The string-keyed half
 
@@ -265,12 +203,10 @@ qnStrKeyDictionary::qnStrKeyDictionary(qnTypeObj& type, unsigned bytesPerValue) 
     valueSize = bytesPerValue;
 }
 
-unsigned long qnStrKeyDictionary::hashKey(const void* key) const { return static_cast<const qnStr*>(key)->hash(); }
+unsigned long qnStrKeyDictionary::hashKey(const void* key) const { return strrecord::hash(key); }
 
-int qnStrKeyDictionary::compareKeys(const void* a, const void* b) const {
-    return compare(*static_cast<const qnStr*>(a), *static_cast<const qnStr*>(b));
-}
+int qnStrKeyDictionary::compareKeys(const void* a, const void* b) const { return strrecord::compare(a, b); }
 
-void qnStrKeyDictionary::copyKey(const void* from, void* to) const { new (to) qnStr(*static_cast<const qnStr*>(from)); }
+void qnStrKeyDictionary::copyKey(const void* from, void* to) const { strrecord::copy(from, to); }
 
-void qnStrKeyDictionary::destroyKey(void* key) const { static_cast<qnStr*>(key)->~qnStr(); }
+void qnStrKeyDictionary::destroyKey(void* key) const { strrecord::destroy(key); }

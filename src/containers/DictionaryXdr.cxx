@@ -2,22 +2,7 @@
 #include "Dictionary.h"
 #include "Fatal.h"
 #include "Transcriber.h"
-#include "core/Heap.h"
-
-namespace {
-
-/**
- * Tables of up to this many buckets are believed whatever they hold; larger ones only with an entry for every
- * `BucketsPerEntry` buckets, so that a few bytes of a stream cannot claim a large part of the memory.
- */
-constexpr unsigned BelievedBuckets = 1u << 20;
-constexpr unsigned BucketsPerEntry = 64;
-
-bool isBelievable(unsigned nbuckets, unsigned entries) {
-    return nbuckets <= BelievedBuckets || nbuckets / BucketsPerEntry <= entries;
-}
-
-}  // namespace
+#include "containers/ChainTable.h"
 
 bool qnDictionary::xdr(qnTranscriber& transcriber) {
     return transcriber.xdr(qnXDRObj_type, this, static_cast<qnXDRObj*>(this));
@@ -63,29 +48,10 @@ bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
 }
 
 bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
-    const unsigned entries = count;
-    if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries)) {
-        qnFatal("format error");
-    }
-    buckets.resize(nbuckets < BelievedBuckets ? nbuckets : BelievedBuckets);
-    for (unsigned i = 0; i < entries; ++i) {
+    return chains::readTable(transcriber, buckets, nbuckets, count, "qnDictionary::doxdr", [&](unsigned& b) -> char* {
         char* entry = newEntry();
-        unsigned b;
         // Deliberate: after a failure in here the block of the current entry belongs to nobody.
-        if (!xdrKey(transcriber, entry) || !xdrValue(transcriber, entry + keySize) || !transcriber.xdr(&b, 1)) {
-            return false;
-        }
-        if (b >= nbuckets) qnFatal("format error");
-        // A large table grows with the entries that have arrived; their bucket numbers ascend.
-        if (b >= buckets.length()) {
-            if (!isBelievable(b, i + BelievedBuckets / BucketsPerEntry)) qnFatal("format error");
-            unsigned twice = 2 * buckets.length();
-            unsigned grown = b < twice ? twice : b + 1;
-            buckets.resize(grown < nbuckets ? grown : nbuckets);
-        }
-        qnDictBucket*& head = buckets.elements()[b];
-        head = new qnDictBucket(entry, head);
-    }
-    if (buckets.length() != nbuckets) buckets.resize(nbuckets);
-    return true;
+        bool read = xdrKey(transcriber, entry) && xdrValue(transcriber, entry + keySize) && transcriber.xdr(&b, 1);
+        return read ? entry : nullptr;
+    });
 }

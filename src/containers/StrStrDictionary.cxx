@@ -1,18 +1,7 @@
 #include "StrStrDictionary.h"
 
-#include <new>
-
-namespace {
-
-/** Bytes of a string record in a dictionary's numbers in a stream, on every machine. */
-constexpr unsigned StreamRecordSize = 8;
-
-bool xdrString(qnTranscriber& transcriber, void* record) {
-    if (transcriber.reading) new (record) qnStr(qnStr_type);
-    return static_cast<qnStr*>(record)->xdr(transcriber);
-}
-
-}  // namespace
+#include "containers/StrRecord.h"
+#include "core/Heap.h"
 
 qnStrStrDictionary::qnStrStrDictionary(unsigned nbuckets) : qnStrKeyDictionary(sizeof(qnStr), nbuckets) {}
 
@@ -30,7 +19,9 @@ bool qnStrStrDictionary::xdr(qnTranscriber& transcriber) { return doxdr(transcri
 
 qnTypeObj& qnStrStrDictionary::getTypeObj() const { return qnStrStrDictionary_type; }
 
-void* qnStrStrDictionary::newInstance(qnTypeObj& type) { return new qnStrStrDictionary(type); }
+void* qnStrStrDictionary::newInstance(qnTypeObj& type) {
+    return heap::create<qnStrStrDictionary>("qnStrStrDictionary::newInstance", type);
+}
 
 void qnStrStrDictionary::deleteInstance(void* object) { delete static_cast<qnStrStrDictionary*>(object); }
 
@@ -38,16 +29,18 @@ bool qnStrStrDictionary::xdr(void* object, qnTranscriber& transcriber) {
     return static_cast<qnStrStrDictionary*>(object)->doxdr(transcriber);
 }
 
-void qnStrStrDictionary::copyValue(const void* from, void* to) const {
-    new (to) qnStr(*static_cast<const qnStr*>(from));
-}
+void qnStrStrDictionary::copyValue(const void* from, void* to) const { strrecord::copy(from, to); }
 
-void qnStrStrDictionary::destroyValue(void* value) const { static_cast<qnStr*>(value)->~qnStr(); }
+void qnStrStrDictionary::destroyValue(void* value) const { strrecord::destroy(value); }
 
 void qnStrStrDictionary::createValue(void* to) const { new (to) qnStr(0u); }
 
-bool qnStrStrDictionary::xdrKey(qnTranscriber& transcriber, void* key) { return xdrString(transcriber, key); }
+bool qnStrStrDictionary::xdrKey(qnTranscriber& transcriber, void* key) { return strrecord::xdr(transcriber, key); }
 
-bool qnStrStrDictionary::xdrValue(qnTranscriber& transcriber, void* value) { return xdrString(transcriber, value); }
+bool qnStrStrDictionary::xdrValue(qnTranscriber& transcriber, void* value) {
+    return strrecord::xdr(transcriber, value);
+}
 
-void qnStrStrDictionary::streamRecordSizes(unsigned& key, unsigned& value) const { key = value = StreamRecordSize; }
+void qnStrStrDictionary::streamRecordSizes(unsigned& key, unsigned& value) const {
+    key = value = strrecord::StreamSize;
+}

@@ -4,6 +4,7 @@
 #include "Dictionary.h"
 #include "NumberArrays.h"
 #include "SeqRangeArray.h"
+#include "Set.h"
 #include "StubFuncArray.h"
 #include "VoidPtrArray.h"
 
@@ -27,3 +28,5 @@ const char* qnSeqRangeArray::className() const { return "ARRAY"; }
 const char* qnStubFuncArray::className() const { return "ARRAY"; }
 const char* qnDictBuckets::className() const { return "ARRAY"; }
 const char* qnDictIters::className() const { return "ARRAY"; }
+const char* qnSetBuckets::className() const { return "ARRAY"; }
+const char* qnSetIters::className() const { return "ARRAY"; }

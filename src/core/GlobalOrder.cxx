@@ -1,6 +1,7 @@
 #include "GlobalOrder.h"
 
 #include "OrderedGlobal.h"
+#include "core/Heap.h"
 
 // All of this is ready before any initialiser runs: ordered globals register from static initialisers.
 qnGlobalOrder* qn_toolkitGlobalOrder = nullptr;
@@ -38,8 +39,8 @@ qnGlobalOrder::qnGlobalOrder() : sorted(false) { entries.setMaxLength(InitialCap
 qnGlobalOrder::~qnGlobalOrder() {}
 
 void qnGlobalOrder::createOrderings() {
-    if (qn_toolkitGlobalOrder == nullptr) qn_toolkitGlobalOrder = new qnGlobalOrder;
-    if (qn_applicationGlobalOrder == nullptr) qn_applicationGlobalOrder = new qnGlobalOrder;
+    if (qn_toolkitGlobalOrder == nullptr) qn_toolkitGlobalOrder = heap::create<qnGlobalOrder>("qnGlobalOrder");
+    if (qn_applicationGlobalOrder == nullptr) qn_applicationGlobalOrder = heap::create<qnGlobalOrder>("qnGlobalOrder");
 }
 
 void qnGlobalOrder::add(qnOrderedGlobal* global, int order) {

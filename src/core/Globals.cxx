@@ -8,11 +8,14 @@
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
 #include "Property.h"
+#include "Set.h"
 #include "Str.h"
 #include "StrArray.h"
+#include "StrSet.h"
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "XDRObj.h"
+#include "core/Heap.h"
 
 namespace {
 
@@ -33,18 +36,18 @@ void drawDataTypes() {
 void qnOG_Init_cons() {
     qnProperty::constructPropertyNames();
     if (qn_nextDataType == nullptr) {
-        qn_nextDataType = new qnSequencer;
+        qn_nextDataType = heap::create<qnSequencer>("qnInitializeToolkit");
         drawDataTypes();
     }
     qnConverter::createStandardConverters();
-    if (qn_theExecutive == nullptr) qn_theExecutive = new qnExec;
-    if (qn_theEventHandler == nullptr) qn_theEventHandler = new qnEventHandler;
+    if (qn_theExecutive == nullptr) qn_theExecutive = heap::create<qnExec>("qnInitializeToolkit");
+    if (qn_theEventHandler == nullptr) qn_theEventHandler = heap::create<qnEventHandler>("qnInitializeToolkit");
     if (qn_nextEventType == nullptr) {
-        qn_nextEventType = new qnSequencer;
+        qn_nextEventType = heap::create<qnSequencer>("qnInitializeToolkit");
         qnET_Unknown = (*qn_nextEventType)();
         qnET_MessageEvent = (*qn_nextEventType)();
     }
-    if (qn_theDebugger == nullptr) qn_theDebugger = new qnDebug(true);
+    if (qn_theDebugger == nullptr) qn_theDebugger = heap::create<qnDebug>("qnInitializeToolkit", true);
 }
 
 void qnOG_Init_dest() {}
@@ -65,6 +68,7 @@ qnOrderedGlobal qnOG_Transcriber(cons, transcriberNeeds, 1);
 // Abstract classes have no factories.
 qnTypeObj qnArray_type("qnArray", TypeVersion, nullptr, nullptr, qnArray::xdr);
 qnTypeObj qnDictionary_type("qnDictionary", TypeVersion, nullptr, nullptr, qnDictionary::xdr);
+qnTypeObj qnSet_type("qnSet", TypeVersion, nullptr, nullptr, qnSet::xdr);
 
 // Deliberate: all arrays register under one name, which streams record for them. The last one, the string array, is
 // what the name finds.
@@ -91,3 +95,4 @@ qnTypeObj qnStrArray_type("ARRAY", TypeVersion, qnStrArray::newInstance, qnStrAr
 
 qnTypeObj qnStrStrDictionary_type("DICT", TypeVersion, qnStrStrDictionary::newInstance,
                                   qnStrStrDictionary::deleteInstance, qnStrStrDictionary::xdr);
+qnTypeObj qnStrSet_type("SET", TypeVersion, qnStrSet::newInstance, qnStrSet::deleteInstance, qnStrSet::xdr);

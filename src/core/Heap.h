@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
+#include <utility>
 
 #include "Fatal.h"
 
 /**
- * Blocks from the process heap that either are there or end the process with a message.
+ * Blocks and objects from the process heap that either are there or end the process with a message.
  *
  * `operation` is what asks, as "qnStr::append"; it is printed with the cause. Exactly the bytes asked for are
  * requested.
@@ -30,6 +32,14 @@ inline void* reallocate(void* block, std::size_t nbytes, const char* operation) 
     void* grown = std::realloc(block, nbytes);
     if (grown == nullptr) outOfMemory(operation);
     return grown;
+}
+
+/** An object for `delete`, made with `new`. */
+template <class Object, class... Arguments>
+Object* create(const char* operation, Arguments&&... arguments) {
+    Object* object = new (std::nothrow) Object(std::forward<Arguments>(arguments)...);
+    if (object == nullptr) outOfMemory(operation);
+    return object;
 }
 
 /** `nbytes` as a 32-bit size; ends the process when it has none. */

@@ -2,6 +2,7 @@
 
 #include "Str.h"
 #include "VoidPtrDict.h"
+#include "core/Heap.h"
 
 // Null before any initialiser runs, so that type objects may register from the first one on.
 qnVoidPtrDict* qnTypeObj::knownTypes = nullptr;
@@ -13,7 +14,7 @@ qnTypeObj::qnTypeObj(const char* typeName, unsigned typeVersion, qnNewInstanceFu
 }
 
 void qnTypeObj::registerType(qnTypeObj* type) {
-    if (knownTypes == nullptr) knownTypes = new qnVoidPtrDict(0);
+    if (knownTypes == nullptr) knownTypes = heap::create<qnVoidPtrDict>("qnTypeObj::qnTypeObj", 0u);
     qnStr key(type->name);
     *static_cast<void**>(knownTypes->findCreate(&key)) = type;
 }

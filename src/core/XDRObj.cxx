@@ -1,5 +1,7 @@
 #include "XDRObj.h"
 
+#include "core/Heap.h"
+
 qnXDRObj::~qnXDRObj() {}
 
 const char* qnXDRObj::className() const { return "qnXDRObj"; }
@@ -12,7 +14,7 @@ bool qnXDRObj::xdrFail(qnTranscriber&, void*) { return false; }
 
 void qnXDRObj::xdrSuccess(qnTranscriber&) {}
 
-void* qnXDRObj::newInstance(qnTypeObj& type) { return new qnXDRObj(type); }
+void* qnXDRObj::newInstance(qnTypeObj& type) { return heap::create<qnXDRObj>("qnXDRObj::newInstance", type); }
 
 void qnXDRObj::deleteInstance(void* object) { delete static_cast<qnXDRObj*>(object); }
 

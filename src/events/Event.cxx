@@ -1,7 +1,7 @@
 #include "Event.h"
 
 #include "EventQueue.h"
-#include "events/Watch.h"
+#include "core/Watch.h"
 
 unsigned long qnET_Unknown;
 unsigned long qnET_MessageEvent;

@@ -2,9 +2,11 @@
 
 #include "Checked.h"
 #include "MessageEvent.h"
+#include "core/Heap.h"
 #include "core/LiveWalk.h"
+#include "core/Watch.h"
+#include "events/Post.h"
 #include "events/QueueWalk.h"
-#include "events/Watch.h"
 
 qnEventHandler* qn_theEventHandler;
 
@@ -29,6 +31,12 @@ void qnEventHandler::postEvent(qnEvent* event, qnBool front) {
 }
 
 void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
+    MORVAQNDS_REQUIRE(output != nullptr, "qnEventHandler::postMessage: no output");
+    MORVAQNDS_REQUIRE(box != nullptr, "qnEventHandler::postMessage: no box");
+    postBox(*this, output, box, mode);
+}
+
+void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
     const unsigned n = output->getNumberOfConnections();
     if (n == 0) {
         if (box->refCount == 0) delete box;
@@ -43,12 +51,19 @@ void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qn
     while (walk.next(i)) {
         qnInputChannel* entry = (*output)[i];
         ++entry->refCount;
-        if (entry->latestOnly() && entry->pending != nullptr) dropPending(*this, *entry);
+        if (entry->latestOnly() && entry->pending != nullptr) {
+            dropPending(handler, *entry);
+            if (!walk.listed()) {
+                // The end of the box that was dropped ended the connection: who received there may be gone.
+                qnRelease(entry);
+                continue;
+            }
+        }
         if (mode == qnObj::qnSF_Immediate) {
             box->deliverTo(entry->deliverFunc, entry->closure);
         } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
-            qnMessageEvent* event = new qnMessageEvent(entry, box);
-            postEvent(event, mode == qnObj::qnSF_Urgent);
+            qnMessageEvent* event = heap::create<qnMessageEvent>("qnEventHandler::postMessage", entry, box);
+            handler.postEvent(event, mode == qnObj::qnSF_Urgent);
             if (entry->latestOnly()) entry->pending = event;
         }
         // Deliberate: with any other mode nothing is done for the entry, and the box is lost.

@@ -6,6 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include "core/Heap.h"
 
 namespace {
 
@@ -78,7 +81,8 @@ void CStr2CharPtr(void* input, qnStr value) { qnDeliver<char*>(input, const_cast
 
 template <class Value>
 void registerConversion(unsigned short from, unsigned short to, void (*conversion)(void*, Value)) {
-    new qnConverter(from, to, reinterpret_cast<qnDeliverFunc>(conversion));
+    heap::create<qnConverter>("qnConverter::createStandardConverters", from, to,
+                              reinterpret_cast<qnDeliverFunc>(conversion));
 }
 
 }  // namespace
@@ -98,7 +102,9 @@ qnConverter::qnConverter(const qnConverter& prototype, Instance)
 qnConverter* qnConverter::findConverter(unsigned short from, unsigned short to) {
     for (qnConverter* prototype = qn_theConverters; prototype != nullptr; prototype = prototype->next_) {
         if (prototype->getType() == from && prototype->targetType_ == to) {
-            return new qnConverter(*prototype, Instance());
+            qnConverter* instance = new (std::nothrow) qnConverter(*prototype, Instance());
+            if (instance == nullptr) heap::outOfMemory("qnConverter::findConverter");
+            return instance;
         }
     }
     return nullptr;

@@ -3,6 +3,7 @@
 #include "Converter.h"
 #include "EventHandler.h"
 #include "OutputChannel.h"
+#include "core/Heap.h"
 #include "objects/PointerList.h"
 
 qnInputChannel::qnInputChannel(unsigned short type, void* theClosure, qnDeliverFunc fn, qnBool latestOnlyFlag)
@@ -23,7 +24,7 @@ qnInputChannel::~qnInputChannel() {
 }
 
 void qnInputChannel::add(qnOutputChannel* output) {
-    if (outputs_ == nullptr) outputs_ = new qnVoidPtrArray;
+    if (outputs_ == nullptr) outputs_ = heap::create<qnVoidPtrArray>("qnInputChannel::add");
     pointers::append(*outputs_, output);
 }
 
@@ -54,13 +55,18 @@ void qnInputChannel::flush() {
     if (held) qnRelease(this);
 }
 
-bool qnRelease(qnInputChannel* channel) {
-    if (channel == nullptr || --channel->refCount != 0) return false;
-    // Channels have no virtual destructor: each is destroyed as what it is.
-    if (channel->isConverter()) {
-        delete static_cast<qnConverter*>(channel);
-    } else {
-        delete channel;
-    }
-    return true;
+void qnDestroy(qnInputChannel* channel) {
+    // A converter may be the last holder of another one, and so on: a chain of any length is released in a loop.
+    do {
+        qnInputChannel* held = nullptr;
+        // Channels have no virtual destructor: each is destroyed as what it is.
+        if (channel->isConverter()) {
+            held = static_cast<qnInputChannel*>(channel->closure);
+            channel->closure = nullptr;
+            delete static_cast<qnConverter*>(channel);
+        } else {
+            delete channel;
+        }
+        channel = held;
+    } while (channel != nullptr && --channel->refCount == 0);
 }

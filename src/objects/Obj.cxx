@@ -2,6 +2,8 @@
 
 #include "Fatal.h"
 #include "VoidPtrDict.h"
+#include "core/Heap.h"
+#include "core/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -22,11 +24,13 @@ qnVoidPtrDict* dictionaryOf(const qnObj& object, const char* propertyName) {
     return property == nullptr ? nullptr : static_cast<qnVoidPtrDict*>(property->getAsVoidPtr());
 }
 
-qnVoidPtrDict& ensureDictionary(qnObj& object, const char* propertyName, qnProperty::Release release) {
+qnVoidPtrDict& ensureDictionary(qnObj& object, const char* propertyName, qnProperty::Release release,
+                                const char* operation) {
     qnVoidPtrDict* dictionary = dictionaryOf(object, propertyName);
     if (dictionary == nullptr) {
-        dictionary = new qnVoidPtrDict(0);
-        object.setProperty(new qnProperty(tagFor(propertyName), static_cast<void*>(dictionary), release));
+        dictionary = heap::create<qnVoidPtrDict>(operation, 0u);
+        object.setProperty(
+            heap::create<qnProperty>(operation, tagFor(propertyName), static_cast<void*>(dictionary), release));
     }
     return *dictionary;
 }
@@ -96,6 +100,7 @@ void dt_output_dict(void* outputs) {
 qnObj::~qnObj() {
     if (properties_ == nullptr) return;
     removeAllProperties();
+    Watch::gone(properties_);
     delete properties_;
 }
 
@@ -125,16 +130,16 @@ void qnObj::disconnect(const char* output, qnObj* other, const char* input) {
 
 qnInputChannel* qnObj::addInput(const char* name, unsigned short type, void* closure, qnDeliverFunc fn,
                                 qnBool latestOnly) {
-    qnInputChannel* input = new qnInputChannel(type, closure, fn, latestOnly);
+    qnInputChannel* input = heap::create<qnInputChannel>("qnObj::addInput", type, closure, fn, latestOnly);
     qnRetain(input);
     // Deliberate: the input that had the name is only let go of; its connections and messages keep it alive.
-    qnRelease(place(ensureDictionary(*this, InputsName, dt_input_dict), name, input));
+    qnRelease(place(ensureDictionary(*this, InputsName, dt_input_dict, "qnObj::addInput"), name, input));
     return input;
 }
 
 qnOutputChannel* qnObj::addOutput(const char* name, unsigned short type) {
-    qnOutputChannel* output = new qnOutputChannel(type);
-    delete place(ensureDictionary(*this, OutputsName, dt_output_dict), name, output);
+    qnOutputChannel* output = heap::create<qnOutputChannel>("qnObj::addOutput", type);
+    delete place(ensureDictionary(*this, OutputsName, dt_output_dict, "qnObj::addOutput"), name, output);
     return output;
 }
 

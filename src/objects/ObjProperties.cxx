@@ -1,6 +1,8 @@
 // The properties of an object: a list sorted by tag, at most one for a tag.
 #include "Checked.h"
 #include "Obj.h"
+#include "core/Heap.h"
+#include "core/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -34,7 +36,7 @@ bool search(qnVoidPtrArray& list, unsigned short tag, unsigned& where) {
 
 qnObj* qnObj::setProperty(qnProperty* property) {
     MORVAQNDS_REQUIRE(property != nullptr, "qnObj::setProperty: no property");
-    if (properties_ == nullptr) properties_ = new qnVoidPtrArray;
+    if (properties_ == nullptr) properties_ = heap::create<qnVoidPtrArray>("qnObj::setProperty");
     qnVoidPtrArray& list = *properties_;
 
     qnRetain(property);  // before the old one is let go: they may be the same
@@ -67,12 +69,14 @@ qnObj* qnObj::removeProperty(unsigned short tag) {
     return this;
 }
 
+// Deliberate: a name without a tag looks for the property of tag 65535, which a program may have set.
 qnObj* qnObj::removeProperty(const char* name) { return removeProperty(qnProperty::findTag(name)); }
 
 qnObj* qnObj::removeAllProperties() {
     if (properties_ == nullptr) return this;
     // Each leaves its place before it is released: its release may look at the list, or change it, so what was set
-    // meanwhile has another turn.
+    // meanwhile has another turn. It may also destroy the object.
+    Watch list(properties_);
     bool again = true;
     while (again) {
         again = false;
@@ -81,6 +85,7 @@ qnObj* qnObj::removeAllProperties() {
             if (property == nullptr) continue;
             placesOf(*properties_)[i] = nullptr;
             qnRelease(property);
+            if (!list.alive()) return this;
             again = true;
         }
     }

@@ -1,37 +1,45 @@
 #include <cstring>
 
 #include "Checked.h"
-#include "EventHandler.h"
 #include "Obj.h"
 #include "core/Heap.h"
+#include "events/Post.h"
 
-void qnObj::sendData(qnOutputChannel* output, qnData* box, qnSendFlags mode) {
+namespace {
+
+inline void post(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
     MORVAQNDS_REQUIRE(output != nullptr, "qnObj::sendData: no output");
     MORVAQNDS_REQUIRE(box != nullptr, "qnObj::sendData: no box");
     MORVAQNDS_REQUIRE(qn_theEventHandler != nullptr, "qnObj::sendData: the toolkit is not initialised");
-    qn_theEventHandler->postMessage(output, box, mode);
+    postBox(*qn_theEventHandler, output, box, mode);
 }
 
-void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) { sendData(output, new qnVoidData, mode); }
+}  // namespace
+
+void qnObj::sendData(qnOutputChannel* output, qnData* box, qnSendFlags mode) { post(output, box, mode); }
+
+void qnObj::sendVoid(qnOutputChannel* output, qnSendFlags mode) {
+    post(output, heap::create<qnVoidData>("qnObj::sendVoid"), mode);
+}
 
 void qnObj::sendBool(qnOutputChannel* output, qnBool value, qnSendFlags mode) {
-    sendData(output, new qnBoolData(value), mode);
+    post(output, heap::create<qnBoolData>("qnObj::sendBool", value), mode);
 }
 
 void qnObj::sendInt(qnOutputChannel* output, int value, qnSendFlags mode) {
-    sendData(output, new qnIntData(value), mode);
+    post(output, heap::create<qnIntData>("qnObj::sendInt", value), mode);
 }
 
 void qnObj::sendLong(qnOutputChannel* output, long value, qnSendFlags mode) {
-    sendData(output, new qnLongData(value), mode);
+    post(output, heap::create<qnLongData>("qnObj::sendLong", value), mode);
 }
 
 void qnObj::sendFloat(qnOutputChannel* output, float value, qnSendFlags mode) {
-    sendData(output, new qnFloatData(value), mode);
+    post(output, heap::create<qnFloatData>("qnObj::sendFloat", value), mode);
 }
 
 void qnObj::sendDouble(qnOutputChannel* output, double value, qnSendFlags mode) {
-    sendData(output, new qnDoubleData(value), mode);
+    post(output, heap::create<qnDoubleData>("qnObj::sendDouble", value), mode);
 }
 
 void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags mode) {
@@ -40,5 +48,5 @@ void qnObj::sendCharPtr(qnOutputChannel* output, const char* value, qnSendFlags 
         text = strdup(value);
         if (text == nullptr) heap::outOfMemory("qnObj::sendCharPtr");
     }
-    sendData(output, new qnCharPtrData(text), mode);
+    post(output, heap::create<qnCharPtrData>("qnObj::sendCharPtr", text), mode);
 }

@@ -1,8 +1,8 @@
 #include "OutputChannel.h"
 
-#include "Checked.h"
 #include "Converter.h"
 #include "Fatal.h"
+#include "core/Heap.h"
 #include "core/LiveWalk.h"
 #include "objects/PointerList.h"
 
@@ -39,7 +39,7 @@ void qnOutputChannel::add(qnInputChannel* input) {
     }
 
     qnRetain(entry);
-    if (connections_ == nullptr) connections_ = new qnVoidPtrArray;
+    if (connections_ == nullptr) connections_ = heap::create<qnVoidPtrArray>("qnOutputChannel::add");
     pointers::append(*connections_, entry);
 }
 
@@ -59,10 +59,4 @@ unsigned qnOutputChannel::find(const qnInputChannel* input) const {
         if (endOf((*this)[i]) == input) return i;
     }
     return pointers::NotFound;
-}
-
-qnInputChannel* qnOutputChannel::operator[](unsigned index) const {
-    MORVAQNDS_REQUIRE(index < getNumberOfConnections(), "qnOutputChannel::operator[]: index %u is not below %u", index,
-                      getNumberOfConnections());
-    return static_cast<qnInputChannel*>(connections_->elements()[index]);
 }

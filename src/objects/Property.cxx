@@ -6,6 +6,7 @@
 #include "Checked.h"
 #include "Obj.h"
 #include "Str.h"
+#include "core/Heap.h"
 
 qnProperty::qnProperty(unsigned short tag, unsigned short type) : refCount(0), tag_(tag), type_(type) {
     std::memset(&value_, 0, sizeof value_);
@@ -22,7 +23,7 @@ qnProperty::qnProperty(unsigned short tag, const char* text, qnBool owned) : qnP
 }
 
 qnProperty::qnProperty(unsigned short tag, const qnStr& value) : qnProperty(tag, qnDT_qnStr) {
-    value_.string = new qnStr(value);
+    value_.string = heap::create<qnStr>("qnProperty::qnProperty", value);
 }
 
 qnProperty::qnProperty(unsigned short tag, void* pointer, Release release) : qnProperty(tag, qnDT_VoidPtr) {
@@ -131,7 +132,11 @@ void qnProperty::setAsCharPtr(const char* text, qnBool owned) {
 
 void qnProperty::setAsStr(const qnStr& value) {
     requireKind(qnDT_qnStr, "setAsStr");
-    *value_.string = value;
+    if (value_.string == nullptr) {
+        value_.string = new qnStr(value);  // after cleanup
+    } else {
+        *value_.string = value;
+    }
 }
 
 void qnProperty::setAsVoidPtr(void* pointer, Release release) {

@@ -2,6 +2,7 @@
 #include "Fatal.h"
 #include "Property.h"
 #include "StrArray.h"
+#include "core/Heap.h"
 
 namespace {
 
@@ -18,7 +19,7 @@ unsigned short firstTag;  // the first tag of the present table; lower ones were
 
 void qnProperty::constructPropertyNames() {
     if (qn_propertyNames != nullptr) return;
-    qn_propertyNames = new qnStrArray;
+    qn_propertyNames = heap::create<qnStrArray>("qnProperty::constructPropertyNames");
     firstTag = nextTag;
 }
 

@@ -1,6 +1,7 @@
 // The binary reader: graphs, instances and pointers.
 #include "BinaryReader.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "Checked.h"
@@ -12,6 +13,14 @@
 #include "serial/Units.h"
 
 namespace {
+
+/** The bytes that the string with this `data` member has now; it may have been read again since it began to wait. */
+unsigned textLength(const void* data) {
+    unsigned length;
+    std::memcpy(&length, static_cast<const char*>(data) - offsetof(qnStr, data) + offsetof(qnStr, slength),
+                sizeof length);
+    return length;
+}
 
 /** Whether something of `sort` may be the target of an object pointer. */
 bool isObject(qnBinaryReader::State::Sort sort) {
@@ -49,7 +58,7 @@ qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMa
     floatsReader = qnBinaryReader_floats;
     doublesReader = qnBinaryReader_doubles;
     objectTable.expectIds();
-    state_ = new State(*this);
+    state_ = heap::create<State>("qnBinaryReader::qnBinaryReader", *this);
 }
 
 qnBinaryReader::~qnBinaryReader() {
@@ -87,23 +96,34 @@ qnBinaryReaderItem* qnBinaryReader::pop() {
 // Graphs
 
 void* qnBinaryReader::readObject(qnTypeObj&) {
-    state_->startGraph();
+    unsigned outer = state_->startGraph();
     void* root;
-    if (!fill() || !readInstance(&root)) return nullptr;
+    bool whole = fill() && readInstance(&root) && readPending();
+    state_->endGraph(outer);
+    return whole ? root : nullptr;
+}
+
+/** Reads what is waited for, and completes the variables that wait. */
+bool qnBinaryReader::readPending() {
     while (pendingItems.length() != 0) {
         qnBinaryReaderItem* item = pop();
+        if (unsigned left = pendingItems.length()) {
+            unsigned nextId = static_cast<qnBinaryReaderItem*>(pendingItems.elements()[left - 1])->id;
+            objectTable.expect(nextId);
+            state_->expect(nextId);
+        }
         void* arrived;
         while ((arrived = alreadyRead(item->id)) == nullptr) {
             void* instance;
             if (!fill() || !readInstance(&instance)) {
                 delete item;
-                return nullptr;
+                return false;
             }
         }
         state_->store(*item, arrived);
         delete item;
     }
-    return root;
+    return true;
 }
 
 bool qnBinaryReader::readInstance(void** result) {
@@ -116,7 +136,8 @@ bool qnBinaryReader::readInstance(void** result) {
     qnTypeObj* type = state_->typeOf(pendingTypeId);
     if (type == nullptr) qnFatal("XXX baddest news");
     if (type->version != pendingVersion) qnFatal("XXX version error handling is missing");
-    void* object = type->newInstance == nullptr ? nullptr : type->newInstance(*type);
+    bool canBeMade = type->newInstance != nullptr && type->xdr != nullptr;
+    void* object = canBeMade ? type->newInstance(*type) : nullptr;
     if (object == nullptr) qnFatal("XXX baddest news");
     state_->enter(pendingId, object, State::Object, 0);
     if (!type->xdr(object, *this)) qnFatal("XXX error handling is missing");
@@ -138,7 +159,9 @@ bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
             std::memcpy(pointerVariable, &null, sizeof null);
             return true;
         }
-        case qnBRK_NewObject: queue(new qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        case qnBRK_NewObject:
+            queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", pointerVariable, pendingId));
+            return true;
         case qnBRK_OldObject: state_->storeOrQueue(qnBinaryReaderItem(pointerVariable, pendingId)); return true;
         default: qnFatal("XXX bad news!");
     }
@@ -150,7 +173,7 @@ bool qnBinaryReader::xdr(qnTypeObj& baseType, void* object, void* base) {
     switch (pendingKind) {
         case qnBRK_NewBase:
             if (alreadyRead(pendingId) != nullptr) qnFatal("XXX new base for old base");
-            state_->enter(pendingId, base, State::Base, 0);
+            state_->enterBase(pendingId, base);
             return baseType.xdr(base, *this);
         case qnBRK_OldBase:
             if (alreadyRead(pendingId) == nullptr) qnFatal("XXX old base previously unseen");
@@ -191,15 +214,16 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
     if (item.use_ != ObjectUse) {
         Info& info = infos_[item.id];
         Width width = widthOf(item.use_);
+        if (info.sort == Unknown) info.sort = Awaited;
         if (info.sort != Array) {
             if (!agree(info.wanted, width)) qnFatal("format error");
             info.wanted = width;
         }
     }
-    reader_.queue(new qnBinaryReaderItem(item));
+    reader_.queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
 }
 
-void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
+qnBinaryReader::State::Info& qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
     qnBinaryOTDict::Word key = id;
     qnBinaryOTDict::Word value = reinterpret_cast<qnBinaryOTDict::Word>(address);
     reader_.objectTable.addInternal(&key, &value);
@@ -209,6 +233,17 @@ void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigne
     info.width = Unclaimed;
     info.owner = Nobody;
     info.graph = graph_;
+    return info;
+}
+
+void qnBinaryReader::State::enterBase(unsigned id, void* base) {
+    // Read twice, under two ids, its counts would be those of the one time and its pointers those of the other.
+    if (graph_ != 0) {
+        BaseRead& last = bases_[reinterpret_cast<std::uintptr_t>(base)];
+        if (last.graph == graph_) qnFatal("XXX new base for old base");
+        last.graph = graph_;
+    }
+    enter(id, base, Base, 0);
 }
 
 qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
@@ -223,24 +258,26 @@ void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived)
         std::memcpy(item.address, &arrived, sizeof arrived);
         return;
     }
-    if (info == nullptr || info->sort != Array || info->byteLength < item.byteLength_) qnFatal("format error");
+    unsigned needed = item.use_ == TextUse ? textLength(item.address) : item.byteLength_;
+    if (info == nullptr || info->sort != Array || info->byteLength < needed) qnFatal("format error");
     // A string's array belongs to it alone and may change with it, so it can be told from others within a graph only.
     if (info->owner == String && info->graph != graph_) qnFatal("format error");
-    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived))
+    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived), needed)
                                        : arrayForPointer(item, *info, arrived);
     std::memcpy(item.address, &array, sizeof array);
 }
 
 /** The text of a waiting string: the array itself if nobody has it, otherwise a copy. */
-void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array) {
-    if (!agree(info.width, Narrow) || array[item.byteLength_ - 1] != 0) qnFatal("format error");
+void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array, unsigned length) {
+    if (!agree(info.width, Narrow) || array[length - 1] != 0) qnFatal("format error");
     info.width = Narrow;
     if (info.owner == Nobody) {
         info.owner = String;
         return array;
     }
-    void* copy = heap::allocate(item.byteLength_, "qnBinaryReader::readObject");
-    return std::memcpy(copy, array, item.byteLength_);
+    // A string that waited twice has it by now.
+    if (std::memcmp(item.address, &array, sizeof array) == 0) return array;
+    return std::memcpy(heap::allocate(length, "qnBinaryReader::readObject"), array, length);
 }
 
 /** The array that all pointer variables share, as wide as they expect it. */

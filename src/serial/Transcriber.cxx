@@ -8,6 +8,7 @@
 #include "StackBuffer.h"
 #include "Str.h"
 #include "VoidPtrDict.h"
+#include "core/Heap.h"
 
 qnVoidPtrDict* qnTranscriber::readers = nullptr;
 qnWriterMaker qnTranscriber::makeWriter = qnTranscriber::makeDefaultWriter;
@@ -91,7 +92,7 @@ qnTranscriber* qnTranscriber::getReader(qnStream* stream) {
 
 void qnTranscriber::addTranscriber(const char* writerName, qnReaderMaker maker) {
     static_assert(sizeof maker == sizeof(void*), "function pointers are stored as pointer words");
-    if (readers == nullptr) readers = new qnVoidPtrDict(0);
+    if (readers == nullptr) readers = heap::create<qnVoidPtrDict>("qnTranscriber::addTranscriber", 0u);
     qnStr key(writerName);
     std::memcpy(readers->findCreate(&key), &maker, sizeof maker);
 }
@@ -102,10 +103,12 @@ void qnTranscriber::changeDefaultWriter(qnWriterMaker maker) {
 
 void qnTranscriber::resetToDefaultWriter() { makeWriter = makeDefaultWriter; }
 
-qnTranscriber* qnTranscriber::makeDefaultWriter(qnStream* stream) { return new qnBinaryWriter(stream); }
+qnTranscriber* qnTranscriber::makeDefaultWriter(qnStream* stream) {
+    return heap::create<qnBinaryWriter>("qnTranscriber::getWriter", stream);
+}
 
 qnTranscriber* makeBinaryReader(qnStream* stream, short shortMark, long longMark, const char* floatFormat) {
-    return new qnBinaryReader(stream, shortMark, longMark, floatFormat);
+    return heap::create<qnBinaryReader>("qnTranscriber::getReader", stream, shortMark, longMark, floatFormat);
 }
 
 void cons() { qnTranscriber::addTranscriber("qnBinaryWriter", makeBinaryReader); }

@@ -171,6 +171,7 @@ void qnStr::raise() {
 }
 
 void qnStr::remove(unsigned start, unsigned len) {
+    MORVAQNDS_REQUIRE(slength > 1, "qnStr::remove: %u characters from %u of an empty string", len, start);
     MORVAQNDS_REQUIRE(start <= length() && len <= length() - start,
                       "qnStr::remove: %u characters from %u exceed length %u", len, start, length());
     if (len == length() || len == slength) {
@@ -227,6 +228,7 @@ void qnStr::append(const char* s, unsigned len) {
     unsigned oldLength = length();
     unsigned newLength = grownLength(len, "qnStr::append");
     resizeInternal(newLength);
+    if (oldLength == 0) data[0] = 0;  // a fresh block; the own text of an empty string is its terminator
     std::memmove(data + oldLength, own ? data + from : s, len);
     data[newLength] = 0;
     slength = newLength + 1;
@@ -261,7 +263,7 @@ unsigned long qnStr::hash() const {
 
 // Serialisation
 
-void* qnStr::newInstance(qnTypeObj& type) { return new qnStr(type); }
+void* qnStr::newInstance(qnTypeObj& type) { return heap::create<qnStr>("qnStr::newInstance", type); }
 
 void qnStr::deleteInstance(void* object) { delete static_cast<qnStr*>(object); }
 
@@ -279,7 +281,10 @@ bool qnStr::xdr(qnTranscriber& transcriber) {
     slength = storedLength;
     if (slength == 1) return true;
     qnReadSupport::expectText(transcriber);
-    if (transcriber.xdr(&data, slength)) return true;
+    if (transcriber.xdr(&data, slength)) {
+        if (data == nullptr) qnFatal("format error");
+        return true;
+    }
     // The text never came.
     slength = 1;
     return false;

@@ -5,6 +5,7 @@
 // Two readings of the format run side by side. The estimate looks, behind each percent sign, for the next character
 // that is a conversion, whatever stands between. The arguments are stepped over as `printf` really takes them, with
 // lengths and precisions. Where both see the same string conversion, its length counts.
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -67,7 +68,7 @@ private:
         const char* p = std::strchr(next_, '%');
         if (p == nullptr) return false;
         ++p;
-        while (*p != 0 && std::strchr("-+ #0'", *p) != nullptr) ++p;
+        while (*p != 0 && std::strchr("-+ #0'I", *p) != nullptr) ++p;
         int width;
         p = number(p, width);
         if (*p == '$') return lose();  // arguments by position are not in the order of the format
@@ -218,10 +219,7 @@ public:
         va_copy(again, arguments);
         int needed = std::vsnprintf(short_, sizeof short_, format, arguments);
         if (needed < 0) {
-            // A conversion that cannot be made: what stands before it counts.
-            std::memset(short_, 0, sizeof short_);
-            std::vsnprintf(short_, sizeof short_, format, again);
-            short_[sizeof short_ - 1] = 0;
+            formatUpToFailure(format, again, operation);
         } else if (std::size_t(needed) >= sizeof short_) {
             text_ = static_cast<char*>(heap::allocate(std::size_t(needed) + 1, operation));
             std::vsnprintf(text_, std::size_t(needed) + 1, format, again);
@@ -241,6 +239,26 @@ public:
     unsigned length() const { return static_cast<unsigned>(length_); }
 
 private:
+    /** A conversion cannot be made: what stands before it counts, however long it is. */
+    void formatUpToFailure(const char* format, va_list arguments, const char* operation) {
+        constexpr std::uint64_t MostBytes = std::uint64_t(INT_MAX) + 1;
+        for (std::uint64_t next = sizeof short_;; next *= 16) {
+            std::size_t size = static_cast<std::size_t>(next < MostBytes ? next : MostBytes);
+            if (size > sizeof short_) {
+                if (text_ != short_) std::free(text_);
+                text_ = static_cast<char*>(heap::allocate(size, operation));
+            }
+            std::memset(text_, 0, size);
+            va_list attempt;
+            va_copy(attempt, arguments);
+            std::vsnprintf(text_, size, format, attempt);
+            va_end(attempt);
+            text_[size - 1] = 0;
+            if (std::strlen(text_) < size - 1) return;
+            if (size == MostBytes) qnFatal("%s: the text exceeds %d characters", operation, INT_MAX);
+        }
+    }
+
     char short_[512];
     char* text_;
     std::size_t length_;
@@ -273,6 +291,7 @@ void qnStr::format(const char* fmt, ...) {
 
 void qnStr::vformat(const char* fmt, va_list ap) {
     std::uint64_t estimate = estimateLength(fmt, ap);
+    heap::checkedSize(estimate + 2, "qnStr::vformat");
     FormattedText formatted(fmt, ap, "qnStr::vformat");
     std::uint64_t room = estimate + 1 > formatted.length() ? estimate + 1 : formatted.length();
     resizeInternal(heap::checkedSize(room + 1, "qnStr::vformat") - 1);

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "Str.h"
+#include "core/Heap.h"
 
 unsigned qnStr::resizeIncrement = 10;
 int qnStr::delim_idx = -1;
@@ -35,7 +36,7 @@ std::istream& operator>>(std::istream& is, qnStr& s) {
             return is;
         }
         if (standsAt(is, delimiter)) break;
-        s.resize(s.length() + qnStr::resizeIncrement);
+        s.resize(heap::checkedSize(std::uint64_t(s.slength) + qnStr::resizeIncrement, "operator>>") - 1);
     }
     is.get();
     s.resize(got);

@@ -5,8 +5,8 @@
 qnTempStr::qnTempStr(const char* a, unsigned alen, const char* b, unsigned blen)
     : data(inlineBuffer), slength(heap::checkedSize(std::uint64_t(alen) + blen + 1, "qnTempStr::qnTempStr")) {
     if (slength > InlineSize) data = static_cast<char*>(heap::allocate(slength, "qnTempStr::qnTempStr"));
-    std::memcpy(data, a, alen);
-    std::memcpy(data + alen, b, blen);
+    if (alen != 0) std::memcpy(data, a, alen);
+    if (blen != 0) std::memcpy(data + alen, b, blen);
     data[slength - 1] = 0;
 }
 
@@ -22,7 +22,8 @@ qnTempStr& qnTempStr::concat(const char* s, unsigned len) {
     bool own = heap::contains(data, slength, s);
     std::size_t from = own ? static_cast<std::size_t>(s - data) : 0;
     if (data != inlineBuffer) {
-        if (grown > slength) data = static_cast<char*>(heap::reallocate(data, grown, "qnTempStr::concat"));
+        // A block of 100 bytes is a copy's; nothing is asked for it while it is large enough.
+        if (grown > InlineSize) data = static_cast<char*>(heap::reallocate(data, grown, "qnTempStr::concat"));
     } else if (grown > InlineSize) {
         data = static_cast<char*>(heap::allocate(grown, "qnTempStr::concat"));
         std::memcpy(data, inlineBuffer, slength);
@@ -41,4 +42,8 @@ qnTempStr operator+(const qnStr& a, const char* b) {
 
 qnTempStr operator+(const char* a, const qnStr& b) {
     return qnTempStr(a, heap::checkedSize(std::strlen(a), "operator+"), b.data, b.length());
+}
+
+qnTempStr& operator+(qnTempStr& a, const char* b) {
+    return a.concat(b, heap::checkedSize(std::strlen(b), "operator+"));
 }

@@ -23,6 +23,9 @@ enum Flags : unsigned {
     startsWithRepeat = 4,  // begins with a star or plus
 };
 
+// Where in its pattern the last compilation stopped, -1 if it did not.
+long errorPlace = -1;
+
 // Where a node stands in the program. Wide enough to count the program of any pattern; 0 stands for "no node".
 typedef std::uint64_t Offset;
 
@@ -36,7 +39,7 @@ bool endsRun(char c) { return endsBranch(c) || c == '$' || c == '(' || c == '.' 
 class Compiler {
 public:
     // Writes to `output`, or only counts if that is null.
-    Compiler(const char* pattern, unsigned char* output) : parse(pattern), program(output) {}
+    Compiler(const char* pattern, unsigned char* output) : whole(pattern), parse(pattern), program(output) {}
 
     // False if the pattern is malformed; `qnregerror` has been told.
     bool run() {
@@ -45,6 +48,7 @@ public:
     }
 
     Offset size() const { return used; }
+    long place() const { return static_cast<long>(parse - whole); }
     unsigned topFlags() const { return flags; }
 
 private:
@@ -63,6 +67,7 @@ private:
     void repeatAtLeastOnce(Offset atom);
 
     Offset fail(const char* message) {
+        errorPlace = place();
         qnregerror(message);
         return 0;
     }
@@ -84,6 +89,7 @@ private:
     void link(Offset node, Offset target);
     void linkTail(Offset chain, Offset target);
 
+    const char* whole;
     const char* parse;
     unsigned char* program;
     Offset used = 0;
@@ -121,7 +127,10 @@ Offset Compiler::parseAlternatives(bool grouped, unsigned& result) {
     unsigned group = 0;
     Offset opening = 0;
     if (grouped) {
-        if (groups >= NSUBEXP) return fail("too many ()");
+        if (groups >= NSUBEXP) {
+            --parse;  // the parenthesis is where it goes wrong
+            return fail("too many ()");
+        }
         group = groups++;
         opening = emitNode(opOpen + group);
     }
@@ -363,11 +372,13 @@ void findHints(regexp& expression, unsigned flags) {
 
 regexp* qnregcomp(const char* pattern) {
     if (!pattern) {
+        errorPlace = 0;
         qnregerror("NULL argument");
         return nullptr;
     }
     Compiler counter(pattern, nullptr);
     if (!counter.run()) return nullptr;
+    errorPlace = counter.place();
     if (counter.size() >= programLimit) {
         qnregerror("regexp too big");
         return nullptr;
@@ -382,5 +393,8 @@ regexp* qnregcomp(const char* pattern) {
     Compiler writer(pattern, programOf(expression));
     writer.run();
     findHints(*expression, writer.topFlags());
+    errorPlace = -1;
     return expression;
 }
+
+long qnregerrorplace() { return errorPlace; }

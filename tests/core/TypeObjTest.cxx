@@ -5,6 +5,7 @@
 #include "NumberArrays.h"
 #include "Str.h"
 #include "StrArray.h"
+#include "StrSet.h"
 #include "StrStrDictionary.h"
 #include "TypeObj.h"
 #include "VoidPtrDict.h"
@@ -139,14 +140,24 @@ TEST_P(LibraryTypes, DestroysWhatItMakesAndIgnoresNull) {
     row.type->deleteInstance(nullptr);
 }
 
-const Row rows[] = {{&qnXDRObj_type, "qnXDRObj", true},          {&qnStr_type, "qnStr", true},
-                    {&qnArray_type, "qnArray", false},           {&qnDictionary_type, "qnDictionary", false},
-                    {&qnBoolArray_type, "ARRAY", true},          {&qnCharArray_type, "ARRAY", true},
-                    {&qnShortArray_type, "ARRAY", true},         {&qnIntArray_type, "ARRAY", true},
-                    {&qnLongArray_type, "ARRAY", true},          {&qnFloatArray_type, "ARRAY", true},
-                    {&qnDoubleArray_type, "ARRAY", true},        {&qnUnsignedCharArray_type, "ARRAY", true},
-                    {&qnUnsignedShortArray_type, "ARRAY", true}, {&qnUnsignedLongArray_type, "ARRAY", true},
-                    {&qnStrArray_type, "ARRAY", true},           {&qnStrStrDictionary_type, "DICT", true}};
+const Row rows[] = {{&qnXDRObj_type, "qnXDRObj", true},
+                    {&qnStr_type, "qnStr", true},
+                    {&qnArray_type, "qnArray", false},
+                    {&qnDictionary_type, "qnDictionary", false},
+                    {&qnBoolArray_type, "ARRAY", true},
+                    {&qnCharArray_type, "ARRAY", true},
+                    {&qnShortArray_type, "ARRAY", true},
+                    {&qnIntArray_type, "ARRAY", true},
+                    {&qnLongArray_type, "ARRAY", true},
+                    {&qnFloatArray_type, "ARRAY", true},
+                    {&qnDoubleArray_type, "ARRAY", true},
+                    {&qnUnsignedCharArray_type, "ARRAY", true},
+                    {&qnUnsignedShortArray_type, "ARRAY", true},
+                    {&qnUnsignedLongArray_type, "ARRAY", true},
+                    {&qnStrArray_type, "ARRAY", true},
+                    {&qnStrStrDictionary_type, "DICT", true},
+                    {&qnSet_type, "qnSet", false},
+                    {&qnStrSet_type, "SET", true}};
 
 INSTANTIATE_TEST_SUITE_P(EachRow, LibraryTypes, testing::ValuesIn(rows));
 
@@ -156,6 +167,8 @@ TEST(TypeObj, NamesFindTheLibrarysTypes) {
     EXPECT_EQ(qnTypeObj::findType("qnArray"), &qnArray_type);
     EXPECT_EQ(qnTypeObj::findType("qnDictionary"), &qnDictionary_type);
     EXPECT_EQ(qnTypeObj::findType("DICT"), &qnStrStrDictionary_type);
+    EXPECT_EQ(qnTypeObj::findType("qnSet"), &qnSet_type);
+    EXPECT_EQ(qnTypeObj::findType("SET"), &qnStrSet_type);
     EXPECT_EQ(qnTypeObj::findType("qnStrStrDictionary"), nullptr) << "not always the class's name";
 }
 

@@ -88,11 +88,14 @@ holds() {  # holds NAME STATE COUNT WORD ...: a run on top of the state, without
     ends_with "$name" "$@"
 }
 
-usage="usage: tally \[--every SECONDS\] \[--follow\] \[--top N\] \[--state FILE\] \[FILE\.\.\.\]"
+usage="usage: tally \[--every SECONDS\] \[--follow\] \[--top N\] \[--state FILE\] \[--match REGEX\]"
+usage+=" \[--path DIR:DIR --files REGEX\] \[FILE\.\.\.\]"
 for seconds in 0 -1 x '' 1e3 nan inf 0x10 1s ' 1' 1.2.3 . 0.0001 1000001; do
     start --every "$seconds" /dev/null
     fails_with "every_of_'$seconds'" 2 "tally: $seconds: --every takes seconds from 0\.001 to 1000000; $usage"
 done
+start --every 1 --top 0 /dev/null
+fails_with a_bad_top_after_a_good_every 2 "tally: 0: --top takes a whole number from 1 to 4294967295"
 start --every
 fails_with every_without_a_value 2 "tally: --every: needs a value; $usage"
 
@@ -142,6 +145,16 @@ ends_with the_writer_goes_away_in_the_middle_of_a_line 2 alpha 1 beta 1 half 1 l
 start fifo
 timeout 60 bash -c 'exec >fifo; printf "one two "; (printf "two three\n")'
 ends_with a_writer_may_come_late 2 two 1 one 1 three
+
+# Only some words count, and files found by their names are inputs like others.
+mkdir found
+printf 'hen fox' >found/words.txt
+exec 7<>fifo
+start --every 0.05 --match '^.e' --path found --files '.*\.txt' fifo
+printf 'ten men, two\nmen' >&7
+until_ has 1 men
+exec 7>&-
+ends_with match_and_files_beside_a_pipe 2 men 1 hen 1 ten
 
 # Several inputs at once: the last one comes first, and lines in parts do not get mixed up.
 mkfifo left right

@@ -407,6 +407,46 @@ TEST(RegexpCompileTest, TheLargestProgramHas32766Bytes) {
     EXPECT_EQ("regexp too big", rejection((literal + 'a').c_str()));
 }
 
+// Where compiling a pattern stops.
+long place(const std::string& pattern) {
+    compile(pattern.c_str());
+    return qnregerrorplace();
+}
+
+TEST(RegexpCompileTest, ThePlaceOfAMistakeIsWhereItShows) {
+    EXPECT_EQ(2, place("a**"));
+    EXPECT_EQ(0, place("*a"));
+    EXPECT_EQ(2, place("a|?"));
+    EXPECT_EQ(4, place("(a*)*"));
+    EXPECT_EQ(2, place("(a"));
+    EXPECT_EQ(1, place("a)"));
+    EXPECT_EQ(6, place("ab[cde"));
+    EXPECT_EQ(2, place("[z-a]"));
+    EXPECT_EQ(4, place("abc\\"));
+    EXPECT_EQ(27, place("(a)(b)(c)(d)(e)(f)(g)(h)(i)(j)"));
+}
+
+TEST(RegexpCompileTest, ThePlaceOfWhatIsTooLargeIsItsEnd) { EXPECT_EQ(40000, place(std::string(40000, 'a'))); }
+
+TEST(RegexpCompileTest, APatternThatCompilesHasNoPlace) {
+    place("a**");
+    EXPECT_EQ(-1, place("a*"));
+    EXPECT_EQ(-1, place(""));
+}
+
+TEST(RegexpCompileTest, ThePlaceInNullIsItsStart) {
+    place("a**");
+    compile(nullptr);
+    EXPECT_EQ(0, qnregerrorplace());
+}
+
+TEST(RegexpCompileTest, SearchingLeavesThePlaceAlone) {
+    Expression expression = compile("a");
+    place("a**");
+    qnregexec(expression.get(), "b");
+    EXPECT_EQ(2, qnregerrorplace());
+}
+
 TEST(RegexpCompileTest, AMistakeIsReportedBeforeTheSize) {
     EXPECT_EQ("unmatched ()", rejection((std::string(40000, 'a') + ')').c_str()));
 }

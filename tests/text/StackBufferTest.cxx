@@ -1,12 +1,16 @@
-#include "StackBuffer.h"
-
 #include <gtest/gtest.h>
-
 #include <malloc.h>
 
+#include <cstdint>
 #include <string>
 
+#include "StackBuffer.h"
+
 namespace StackBufferTest {
+
+#if UINTPTR_MAX == 0xFFFFFFFFu
+static_assert(sizeof(qnStackBuffer) == 1016, "a thousand bytes, three pointers and the increment");
+#endif
 
 std::string contents(const qnStackBuffer& buffer) { return std::string(buffer.base(), buffer.used()); }
 
@@ -98,6 +102,53 @@ TEST(StackBuffer, ACopyHasTheCapacityAndTheBytesAndGrowsBy500) {
     second.addc('s');
     EXPECT_LE(1564u, blockSize(second));
     EXPECT_GT(1664u, blockSize(second));
+}
+
+TEST(StackBuffer, GrowsOnRequestByTheLargerOfBothAndKeepsTheBytes) {
+    qnStackBuffer buffer;
+    buffer.put("abc", 3);
+    buffer.grow(0);
+    EXPECT_FALSE(isInside(buffer));
+    EXPECT_LE(1500u, blockSize(buffer));
+    EXPECT_GT(1600u, blockSize(buffer));
+    buffer.grow(1000);
+    EXPECT_LE(2500u, blockSize(buffer));
+    EXPECT_GT(2600u, blockSize(buffer));
+    EXPECT_EQ("abc", contents(buffer));
+    EXPECT_EQ(buffer.base() + 3, buffer.next());
+}
+
+TEST(StackBuffer, ACopyOfAFullOneGrowsAtItsNextByte) {
+    qnStackBuffer full;
+    full.put(std::string(1000, 'a').data(), 1000);
+    qnStackBuffer copy(full);
+    EXPECT_TRUE(isInside(copy));
+    copy.addc('b');
+    EXPECT_EQ(std::string(1000, 'a') + "b", contents(copy));
+    EXPECT_LE(1500u, blockSize(copy));
+    EXPECT_GT(1600u, blockSize(copy));
+    EXPECT_TRUE(isInside(full));
+}
+
+TEST(StackBuffer, HoldsEveryByteAndTerminatesNothing) {
+    qnStackBuffer buffer(1);
+    std::string expected;
+    for (int i = 0; i < 2000; ++i) {
+        buffer.addc(static_cast<char>(i));
+        expected += static_cast<char>(i);
+    }
+    EXPECT_EQ(expected, contents(buffer));
+}
+
+TEST(StackBufferDeathTest, CapacitiesPast32BitsAreFatal) {
+    qnStackBuffer buffer(0xFFFFFFFFu);
+    EXPECT_EXIT(buffer.grow(1), testing::KilledBySignal(SIGABRT),
+                "^qnStackBuffer::grow: size of 4294968295 bytes exceeds 4294967295\n$");
+    // 10 bytes are used, so 0xFFFFFFFF - 990 are lacking: 1000 and these
+    qnStackBuffer small;
+    small.put("0123456789", 10);
+    EXPECT_EXIT(small.put(small.base(), 0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
+                "^qnStackBuffer::grow: size of 4294967305 bytes exceeds 4294967295\n$");
 }
 
 TEST(StackBuffer, CannotBeAssigned) { EXPECT_FALSE(std::is_copy_assignable<qnStackBuffer>::value); }

@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cerrno>
+#include <climits>
 #include <cstdint>
+#include <cstring>
+#include <cwchar>
 #include <string>
 
 #include "Str.h"
@@ -101,6 +105,88 @@ TEST(StrFormat, APercentSignWithoutAConversionIsText) {
     EXPECT_EQ("0x1p+1 some", bytes(formatted("%a some", 2.0)));
     EXPECT_EQ("0x1p+1 7 some", bytes(formatted("%a %d some", 2.0, 7)));
     EXPECT_EQ("0x1p+1 text x", bytes(formatted("%a %s x", 2.0, "text")));
+}
+
+TEST(StrFormat, EveryConversionTakesWhatItsLengthSays) {
+    const char* tail = "tail";
+    // Two arguments of each width, so that one step too short or too long shows.
+    EXPECT_EQ("-1 2 tail", bytes(formatted("%lli %llu %s", -1LL, 2ULL, tail)));
+    EXPECT_EQ("7 1f tail", bytes(formatted("%lo %lx %s", 7UL, 31UL, tail)));
+    EXPECT_EQ("1F 32 tail", bytes(formatted("%llX %qd %s", 31ULL, 32LL, tail)));
+    EXPECT_EQ("1 2 tail", bytes(formatted("%ju %ji %s", std::uintmax_t(1), std::intmax_t(2), tail)));
+    EXPECT_EQ("3 4 tail", bytes(formatted("%zd %zx %s", std::ptrdiff_t(3), std::size_t(4), tail)));
+    EXPECT_EQ("5 6 tail", bytes(formatted("%ti %td %s", std::ptrdiff_t(5), std::ptrdiff_t(6), tail)));
+    EXPECT_EQ("a b tail", bytes(formatted("%c %lc %s", 'a', std::wint_t(L'b'), tail)));
+    EXPECT_EQ("1 2 tail", bytes(formatted("%hu %hhx %s", 1, 2, tail)));
+    EXPECT_EQ("1e+00 2E+00 tail", bytes(formatted("%.0e %.0E %s", 1.0, 2.0, tail)));
+    EXPECT_EQ("1.0 2.5 3 tail", bytes(formatted("%.1F %G %lg %s", 1.0, 2.5, 3.0, tail)));
+    EXPECT_EQ("0x1p+0 0X1P+1 tail", bytes(formatted("%a %A %s", 1.0, 2.0, tail)));
+    EXPECT_EQ("1.0e+00 1.5 tail", bytes(formatted("%.1Le %LG %s", 1.0L, 1.5L, tail)));
+    EXPECT_EQ("wide W tail", bytes(formatted("%ls %S %s", L"wide", L"W", tail)));
+    EXPECT_EQ("+001|  2|3  |0x4 tail", bytes(formatted("%+04d|% 3d|%-3d|%#x %s", 1, 2, 3, 4u, tail)));
+    errno = ENOENT;
+    EXPECT_EQ(std::string(std::strerror(ENOENT)) + " tail", bytes(formatted("%m %s", tail)));
+}
+
+TEST(StrFormat, TheStringBehindAnyConversionCounts) {
+    // A step too short or too long would take another word for the string: the estimate would miss its 400 characters.
+    const std::string text(400, 's');
+    const char* tail = text.c_str();
+    const auto expectEstimate = [](unsigned estimate, const qnStr& s) {
+        // One character more, and the terminator.
+        EXPECT_TRUE(hasBlockOf(s, estimate + 2)) << s.text() << ": " << malloc_usable_size(s.data);
+    };
+    expectEstimate(10 + 400, formatted("%d%s", 1, tail));
+    expectEstimate(10 + 400, formatted("%hhu%s", 1, tail));
+    expectEstimate(10 + 400, formatted("%li%s", 1L, tail));
+    expectEstimate(10 + 400, formatted("%llo%s", 1ULL, tail));
+    expectEstimate(10 + 400, formatted("%qx%s", 1LL, tail));
+    expectEstimate(10 + 400, formatted("%jX%s", std::uintmax_t(1), tail));
+    expectEstimate(10 + 400, formatted("%zu%s", std::size_t(1), tail));
+    expectEstimate(10 + 400, formatted("%td%s", std::ptrdiff_t(1), tail));
+    expectEstimate(10 + 400, formatted("%p%s", nullptr, tail));
+    expectEstimate(20 + 400, formatted("%e%s", 1.0, tail));
+    expectEstimate(20 + 400, formatted("%LE%s", 1.0L, tail));
+    expectEstimate(20 + 400, formatted("%Lf%s", 1.0L, tail));
+    expectEstimate(20 + 400, formatted("%lg%s", 1.0, tail));
+    expectEstimate(20 + 400, formatted("%G%s", 1.0, tail));
+    expectEstimate(1 + 400, formatted("%c%s", 'c', tail));
+    expectEstimate(1 + 400, formatted("%lc%s", std::wint_t(L'c'), tail));
+    expectEstimate(1 + 400, formatted("%%%s", tail));
+    expectEstimate(10 + 400, formatted("%*d%s", 3, 1, tail));
+    expectEstimate(20 + 400, formatted("%-*.*f%s", 6, 2, 1.0, tail));
+    expectEstimate(2 + 400, formatted("%.*s%s", 2, "abcdef", tail));
+    // The estimate knows no %a: what it takes for its conversion is the first "g", and the others are plain.
+    expectEstimate(20 + 39, formatted("%a gggggggggggggggggggggggggggggggggggggggg", 1.0));
+}
+
+TEST(StrFormat, NConversionTakesAPointerAndCountsNothing) {
+    int count = 0;
+    // 2 and 3 plain characters, 4 for the string
+    qnStr s = formatted("ab%n - %s", &count, "tail");
+    EXPECT_EQ("ab - tail", bytes(s));
+    EXPECT_EQ(2, count);
+    EXPECT_TRUE(hasBlockOf(s, 11));
+}
+
+TEST(StrFormat, ATextThatBreaksOffIsKeptWholeUpToThere) {
+    // The wide character has no form in the C locale; what stands before it stays, however long it is.
+    for (unsigned n : {0u, 3u, 510u, 511u, 512u, 600u, 1023u, 5000u}) {
+        std::string before(n, 'x');
+        qnStr s = formatted("%s%lcafter", before.c_str(), std::wint_t(0x20AC));
+        EXPECT_EQ(before, bytes(s)) << n;
+    }
+    // A width past the highest int.
+    EXPECT_EQ("ab", bytes(formatted("ab%2147483648d", 7)));
+}
+
+TEST(StrFormat, NumbersAreTakenAtTheirLimits) {
+    EXPECT_EQ("-2147483648", bytes(qnStr(INT_MIN)));
+    EXPECT_EQ("2147483647", bytes(qnStr(INT_MAX)));
+    EXPECT_EQ("-2147483648 18446744073709551615", bytes(formatted("%d %llu", INT_MIN, 18446744073709551615ULL)));
+    EXPECT_EQ("1.79769e+308", bytes(qnStr(1.7976931348623157e308)));
+    EXPECT_EQ(309u, qnStr(1.7976931348623157e308, "%.0f").length());
+    EXPECT_EQ(317u, qnStr(-1.7976931348623157e308, "%f").length());
 }
 
 TEST(StrFormat, PositionalArgumentsArriveToo) { EXPECT_EQ("b a", bytes(formatted("%2$s %1$s", "a", "b"))); }

@@ -82,6 +82,32 @@ TEST(StrTokens, FieldsComeOneByOneAndThenEmptyForever) {
     EXPECT_EQ(4u, posn);
 }
 
+TEST(StrTokens, AnEmptyStringAndOneOfDelimitersOnly) {
+    qnStr empty, commas(",,,");
+    unsigned posn = 0;
+    EXPECT_EQ("", bytes(empty.token(posn, ',')));
+    EXPECT_EQ(0u, posn);
+    EXPECT_EQ("", bytes(empty.tokenR(posn, ",")));
+    EXPECT_EQ(0u, posn);
+    EXPECT_EQ("", bytes(commas.token(posn, ',')));
+    EXPECT_EQ(3u, posn);
+    EXPECT_EQ("", bytes(commas.token(posn, ',')));
+    EXPECT_EQ(3u, posn);
+    EXPECT_EQ("", bytes(commas.tokenR(posn, ",")));
+    EXPECT_EQ(0u, posn);
+}
+
+TEST(StrTokens, BackwardTheTrailingDelimitersGiveAnEmptyFirstField) {
+    qnStr s("a;b; ");
+    unsigned posn = 5;
+    EXPECT_EQ("", bytes(s.tokenR(posn, "; ")));
+    EXPECT_EQ(3u, posn);
+    EXPECT_EQ("b", bytes(s.tokenR(posn, "; ")));
+    EXPECT_EQ(1u, posn);
+    EXPECT_EQ("a", bytes(s.tokenR(posn, ';')));
+    EXPECT_EQ(0u, posn);
+}
+
 TEST(StrTokens, LeadingDelimitersGiveAnEmptyFirstField) {
     qnStr s("; a;b");
     unsigned posn = 0;

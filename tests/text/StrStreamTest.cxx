@@ -100,6 +100,95 @@ TEST_F(Input, TheDelimiterIsTheStreamsOwn) {
     EXPECT_EQ("ri", bytes(s));
 }
 
+TEST_F(Input, TheEndAroundTheRoomKeepsTheText) {
+    // Nine characters fill the first room of ten with its NUL; the end stands right behind them.
+    std::istringstream is("123456789");
+    qnStr s;
+    is >> s;
+    EXPECT_EQ("123456789", bytes(s));
+    EXPECT_TRUE(is.eof());
+    // One less: the end is met while reading, and that is no failure.
+    std::istringstream shorter("12345678");
+    shorter >> s;
+    EXPECT_EQ("12345678", bytes(s));
+    EXPECT_TRUE(shorter.eof());
+    EXPECT_FALSE(shorter.fail());
+}
+
+TEST_F(Input, AStreamInAnyStateButGoodGivesAnEmptyString) {
+    for (std::ios_base::iostate state : {std::ios_base::failbit, std::ios_base::badbit, std::ios_base::eofbit}) {
+        std::istringstream is("text\n");
+        is.setstate(state);
+        qnStr s("before"), empty;
+        is >> s >> empty;
+        EXPECT_EQ("", bytes(s));
+        EXPECT_EQ(&qnStr::emptyString, s.data);
+        EXPECT_EQ("", bytes(empty));
+        EXPECT_EQ(&qnStr::emptyString, empty.data);
+        EXPECT_TRUE(is.fail());
+        is.clear();
+        EXPECT_EQ('t', is.peek()) << "nothing was taken";
+    }
+}
+
+/** Holds `text`, and breaks when it has been read. */
+class BreakingBuffer : public std::streambuf {
+public:
+    explicit BreakingBuffer(std::string text) : text_(text) { setg(&text_[0], &text_[0], &text_[0] + text_.size()); }
+
+protected:
+    int_type underflow() override { throw 1; }
+
+private:
+    std::string text_;
+};
+
+TEST_F(Input, AStreamThatBreaksInTheMiddleKeepsWhatCame) {
+    for (unsigned n : {1u, 8u, 9u, 10u, 25u}) {
+        std::string text(n, 'x');
+        BreakingBuffer buffer(text);
+        std::istream is(&buffer);
+        qnStr s;
+        is >> s;
+        EXPECT_EQ(text, bytes(s)) << n;
+        EXPECT_TRUE(is.bad());
+    }
+}
+
+TEST_F(Input, LeadingBlanksAndNulsAreText) {
+    std::istringstream is(std::string("  a\0b\n", 6));
+    qnStr s;
+    is >> s;
+    EXPECT_EQ(std::string("  a\0b", 5), bytes(s));
+}
+
+TEST_F(Input, WithoutAnIncrementAnEmptyStringHasNoRoom) {
+    qnStr::resizeIncrement = 0;
+    std::istringstream is("text\n");
+    qnStr s, longer("abc");
+    is >> s;
+    EXPECT_EQ("", bytes(s));
+    EXPECT_EQ(0, qnStr::emptyString);
+    EXPECT_TRUE(is.fail());
+    is.clear();
+    is >> longer;
+    EXPECT_EQ("te", bytes(longer)) << "three characters of room, one of them for the NUL";
+    EXPECT_TRUE(is.fail());
+    qnStr::resizeIncrement = 10;
+}
+
+TEST_F(Input, GrowthPast32BitsIsFatal) {
+    std::istringstream is("a longer line\n");
+    qnStr s("abcdefgh");
+    auto read = [&] {
+        qnStr::resizeIncrement = 0xFFFFFFF8u;
+        is >> s;
+    };
+    // 9 + 0xFFFFFFF8
+    EXPECT_EXIT(read(), testing::KilledBySignal(SIGABRT),
+                "^operator>>: size of 4294967297 bytes exceeds 4294967295\n$");
+}
+
 TEST_F(Input, EndOfFileIsNoDelimiter) {
     // The byte 255 as a delimiter is not taken for the end, nor the end for it.
     std::istringstream is("123456789");

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "Checked.h"
@@ -18,6 +20,10 @@ bool hasBlockOf(const qnStr& s, std::size_t n) {
 
 bool isShared(const qnStr& s) { return s.data == &qnStr::emptyString && s.slength == 1; }
 
+static_assert(offsetof(qnStr, slength) == 0 && offsetof(qnStr, data) == sizeof(char*), "the length comes first");
+static_assert(offsetof(qnTempStr, inlineBuffer) == 0 && sizeof(qnTempStr::inlineBuffer) == 100 &&
+                  offsetof(qnTempStr, data) < offsetof(qnTempStr, slength),
+              "the buffer, the pointer, the length");
 #if UINTPTR_MAX == 0xFFFFFFFFu
 static_assert(sizeof(qnStr) == 8, "a length and a pointer");
 static_assert(sizeof(qnTempStr) == 108, "the buffer, a pointer and a length");
@@ -69,9 +75,6 @@ TEST(Str, AnEmptyNumberHasABlockWhichGrowingFrees) {
     qnStr other(1, "");
     other = "";
     EXPECT_TRUE(other == "");
-    qnStr third(1, "");
-    third.remove(0, 0);
-    EXPECT_TRUE(isShared(third));
     qnStr fourth(1, "");
     fourth.resize(2);
     EXPECT_EQ(2u, fourth.length());
@@ -194,6 +197,12 @@ TEST(Str, RemovingPastTheEndStopsThere) {
     EXPECT_EQ("ab", bytes(t));
 }
 
+TEST(Str, RemovingNothingFromAnEmptyNumberReleasesItsBlock) {
+    qnStr s(1, "");
+    s.remove(0, 0);
+    EXPECT_TRUE(isShared(s));
+}
+
 TEST(Str, RemovingFromAnEmptyStringLeavesTheSharedBuffer) {
     qnStr s;
     s.remove(0, 0);
@@ -286,6 +295,37 @@ TEST(Str, AppendsItsOwnText) {
     EXPECT_EQ(std::string("abb\0", 4), bytes(t));
     qnStr empty;
     empty.append(empty.text());
+    EXPECT_TRUE(isShared(empty));
+}
+
+TEST(Str, TheOwnTextOfAnEmptyStringIsItsTerminator) {
+    const std::string nul(1, '\0');
+    for (bool ofItsOwn : {false, true}) {
+        qnStr appended = ofItsOwn ? qnStr(1, "") : qnStr();
+        appended.append(appended.text(), 1);
+        EXPECT_EQ(nul, bytes(appended));
+        EXPECT_EQ(0, appended.data[1]);
+        qnStr inserted = ofItsOwn ? qnStr(1, "") : qnStr();
+        inserted.insert(inserted.text(), 0, 1);
+        EXPECT_EQ(nul, bytes(inserted));
+        EXPECT_EQ(0, inserted.data[1]);
+    }
+    EXPECT_EQ(0, qnStr::emptyString);
+}
+
+TEST(Str, AFormattedEmptyStringIsEmptyLikeAnyOther) {
+    qnStr empty(1, "");
+    EXPECT_TRUE(isShared(qnStr(empty)));
+    EXPECT_TRUE(isShared(empty.copy()));
+    EXPECT_TRUE(isShared(empty.extract(0, 0)));
+    EXPECT_TRUE(empty == qnStr() && qnStr() == empty && empty == "");
+    EXPECT_EQ(0u, empty.hash());
+    EXPECT_EQ(0u, empty.next(0, 'x'));
+    empty.setMaxLength(10);
+    EXPECT_EQ(0u, empty.length());
+    empty = qnStr("text");
+    EXPECT_EQ("text", bytes(empty));
+    empty = qnStr(1, "");
     EXPECT_TRUE(isShared(empty));
 }
 
@@ -454,6 +494,28 @@ TEST(TempStr, MovesToTheHeapWhenItsTextPassesAHundredBytes) {
     EXPECT_EQ("ab" + std::string(97, 'c') + "d", t.text());
 }
 
+TEST(TempStr, HoldsNothingAndTakesNothing) {
+    qnTempStr t(nullptr, 0, nullptr, 0);
+    EXPECT_EQ(1u, t.slength);
+    EXPECT_STREQ("", t.text());
+    t.concat(nullptr, 0);
+    EXPECT_STREQ("", t.text());
+    t.concat("a\0b", 3);
+    EXPECT_EQ(std::string("a\0b", 3), std::string(t.text(), t.length()));
+}
+
+TEST(TempStr, TakesPartsOfItsOwnTextWhileItMoves) {
+    for (unsigned n : {1u, 49u, 50u, 66u, 67u, 98u, 99u, 100u, 150u}) {
+        std::string text;
+        while (text.size() < n) text += static_cast<char>('a' + text.size() % 26);
+        for (unsigned from : {0u, n / 2, n - 1}) {
+            qnTempStr t(text.data(), n, "", 0);
+            t.concat(t.text() + from, n - from);
+            EXPECT_EQ(text + text.substr(from), t.text()) << n << ' ' << from;
+        }
+    }
+}
+
 TEST(TempStr, TakesItsOwnText) {
     qnTempStr t("abc", 3, "", 0);
     for (int i = 0; i < 7; ++i) t.concat(t.text(), t.length());
@@ -488,6 +550,8 @@ TEST(StrDeathTest, PositionsAndLengthsAreChecked) {
     EXPECT_FATAL(s.tail(4), "qnStr::tail: 4 characters exceed length 3");
     EXPECT_FATAL(s.cut(1, 3), "qnStr::extract: 3 characters from 1 exceed length 3");
     EXPECT_FATAL(s.remove(1, 3), "qnStr::remove: 3 characters from 1 exceed length 3");
+    EXPECT_FATAL(qnStr().remove(0, 0), "qnStr::remove: 0 characters from 0 of an empty string");
+    EXPECT_FATAL(qnStr().remove(0, 1), "qnStr::remove: 1 characters from 0 of an empty string");
     EXPECT_FATAL(s.insert("x", 4), "qnStr::insert: position 4 past length 3");
     EXPECT_FATAL(s.insert('x', 4), "qnStr::insert: position 4 past length 3");
     EXPECT_FATAL(s.replace("xy", 2), "qnStr::replace: 2 characters at 2 exceed length 3");
@@ -496,6 +560,15 @@ TEST(StrDeathTest, PositionsAndLengthsAreChecked) {
     EXPECT_FATAL(s.nextR(4, 'x'), "qnStr::nextR: position 4 past length 3");
     EXPECT_FATAL(s.skip(4, "x"), "qnStr::skip: position 4 past length 3");
     EXPECT_FATAL(s.skipR(4, "x"), "qnStr::skipR: position 4 past length 3");
+    EXPECT_FATAL(s.next(4, "x"), "qnStr::next: position 4 past length 3");
+    EXPECT_FATAL(s.nextR(4, "x"), "qnStr::nextR: position 4 past length 3");
+    EXPECT_FATAL(s.skip(4, 'x'), "qnStr::skip: position 4 past length 3");
+    EXPECT_FATAL(s.skipR(4, 'x'), "qnStr::skipR: position 4 past length 3");
+    unsigned posn = 4;
+    EXPECT_FATAL(s.token(posn, 'x'), "qnStr::next: position 4 past length 3");
+    EXPECT_FATAL(s.token(posn, "x"), "qnStr::next: position 4 past length 3");
+    EXPECT_FATAL(s.tokenR(posn, 'x'), "qnStr::nextR: position 4 past length 3");
+    EXPECT_FATAL(s.tokenR(posn, "x"), "qnStr::nextR: position 4 past length 3");
 }
 #undef EXPECT_FATAL
 #endif
@@ -505,6 +578,10 @@ TEST(StrDeathTest, LengthsPast32BitsAreFatal) {
                 "^qnStr::qnStr: size of 4294967296 bytes exceeds 4294967295\n$");
     EXPECT_EXIT(qnStr("abc").append("x", 0xFFFFFFFDu), testing::KilledBySignal(SIGABRT),
                 "^qnStr::append: size of 4294967297 bytes exceeds 4294967295\n$");
+    EXPECT_EXIT(qnStr("abc").insert("x", 1, 0xFFFFFFFCu), testing::KilledBySignal(SIGABRT),
+                "^qnStr::insert: size of 4294967297 bytes exceeds 4294967295\n$");
+    EXPECT_EXIT(qnStr("abc").setMaxLength(0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
+                "^qnStr::resizeInternal: size of 4294967296 bytes exceeds 4294967295\n$");
     EXPECT_EXIT(qnStr("abc").resize(0xFFFFFFFFu), testing::KilledBySignal(SIGABRT),
                 "^qnStr::resizeInternal: size of 4294967296 bytes exceeds 4294967295\n$");
 }

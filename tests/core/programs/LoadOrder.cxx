@@ -24,7 +24,7 @@ public:
     static bool xdr(void*, qnTranscriber&) { return true; }
 };
 
-/** Uses strings, arrays, dictionaries, types and orders while the program is still being loaded. */
+/** Uses strings, arrays, dictionaries, sets, types and orders while the program is still being loaded. */
 struct BeforeMain {
     BeforeMain() {
         qnStr text("early");
@@ -37,6 +37,10 @@ struct BeforeMain {
         qnStrStrDictionary pairs;
         pairs.addInternal(&text, &text);
         expect(pairs.count == 1, "dictionaries work");
+        qnStrSet words;
+        words.add(&text);
+        expect(words.contains(&text), "sets work");
+        expect(qnTypeObj::findType("SET") == &qnStrSet_type, "sets are registered");
         expect(qnTypeObj::findType("ARRAY") == &qnStrArray_type, "the string array registered last");
         expect(qnTypeObj::findType("qnStr") == &qnStr_type, "types are registered");
         expect(qn_toolkitGlobalOrder != nullptr && qn_toolkitGlobalOrder->entries.length() == 2, "orders exist");

@@ -1,0 +1,3 @@
+#include "TextPattern.h"
+
+qnTextPattern::~qnTextPattern() {}
