@@ -38,7 +38,8 @@ same() {  # same NAME FILE TEXT
 }
 
 row() { printf '%10s  %s' "$1" "$2"; }
-usage="usage: tally [--top N] [--state FILE] [--match REGEX] [--path DIR:DIR --files REGEX] [FILE...]"
+usage="usage: tally [--every SECONDS] [--follow] [--top N] [--state FILE] [--match REGEX]"
+usage+=" [--path DIR:DIR --files REGEX] [FILE...]"
 
 printf 'the fox, the hen\nTHE end of the fox\n' >text
 expect counts_a_file 0 "" $tally text

@@ -44,7 +44,8 @@ counts() {
     if [ "$got" = "$words" ]; then verdict "$name" ""; else verdict "$name" "counted '$got'"; fi
 }
 
-usage="usage: tally [--top N] [--state FILE] [--match REGEX] [--path DIR:DIR --files REGEX] [FILE...]"
+usage="usage: tally [--every SECONDS] [--follow] [--top N] [--state FILE] [--match REGEX]"
+usage+=" [--path DIR:DIR --files REGEX] [FILE...]"
 
 printf 'the fox, the hen\nTHE end of the fox 42\n' >text
 counts match_anywhere_in_a_word '1 end 1 hen' $tally --match en text
