@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -211,7 +212,7 @@ private:
     const char* buffer_;
     std::size_t size_;
     std::size_t at_;
-    std::size_t compared_ = 0;
+    std::uint64_t compared_ = 0;
     std::size_t suspect_ = 0;  // index of the byte of the pattern that differed last
     bool dense_ = false;
 };
