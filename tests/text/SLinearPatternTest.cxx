@@ -162,6 +162,50 @@ TEST(SLinearPatternTest, TheRightmostDistanceOfAByteCountsAndTheLastByteHasNone)
     EXPECT_EQ(104, find(head + "abab", head + "abaa" + head + "abab"));
 }
 
+/** A pattern's fields, behind the virtual table and the int of the base. */
+struct Fields {
+    unsigned skip[256];
+    const char* pattern;
+    unsigned length;
+    explicit Fields(const qnSLinearPattern& from) {
+        const char* at = reinterpret_cast<const char*>(&from) + sizeof(void*) + sizeof(int);
+        std::memcpy(skip, at, sizeof skip);
+        at += sizeof skip + (sizeof(void*) - sizeof(int));  // to a pointer's alignment
+        std::memcpy(&pattern, at, sizeof pattern);
+        std::memcpy(&length, at + sizeof pattern, sizeof length);
+    }
+    unsigned of(char c) const { return skip[static_cast<unsigned char>(c)]; }
+};
+
+TEST(SLinearPatternTest, TheTableHoldsTheLengthAndTheRightmostDistancesWithoutTheLastByte) {
+    const char text[] = "ab\xe9zab\xe9q";
+    qnSLinearPattern pattern(text);
+    Fields fields(pattern);
+    EXPECT_EQ(8u, fields.length);
+    ASSERT_NE(nullptr, fields.pattern);
+    EXPECT_NE(text, fields.pattern);
+    EXPECT_EQ(0, std::memcmp(text, fields.pattern, 8));
+    EXPECT_EQ(3u, fields.of('a'));
+    EXPECT_EQ(2u, fields.of('b'));
+    EXPECT_EQ(1u, fields.of('\xe9'));
+    EXPECT_EQ(4u, fields.of('z'));
+    EXPECT_EQ(8u, fields.of('q'));
+    for (int c = 0; c < 256; ++c) {
+        bool isSkippedLess = std::memchr("abz\xe9", c, 4) != nullptr;
+        EXPECT_EQ(isSkippedLess, fields.skip[c] != 8u) << c;
+    }
+}
+
+TEST(SLinearPatternTest, TheTableOfOneByteHoldsOnesAndThatOfNoneZeros) {
+    qnSLinearPattern one("a"), none("");
+    EXPECT_EQ(1u, Fields(one).length);
+    EXPECT_EQ(0u, Fields(none).length);
+    for (int c = 0; c < 256; ++c) {
+        EXPECT_EQ(1u, Fields(one).skip[c]) << c;
+        EXPECT_EQ(0u, Fields(none).skip[c]) << c;
+    }
+}
+
 TEST(SLinearPatternTest, EveryByteIsFound) {
     std::string all;
     for (int c = 255; c >= 0; --c) all += static_cast<char>(c);
