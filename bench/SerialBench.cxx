@@ -3,8 +3,10 @@
 #include <morvaqnds.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -41,6 +43,41 @@ public:
 };
 qnTypeObj Numbers_type("bench.Numbers", 1, Numbers::newInstance, Numbers::deleteInstance, Numbers::xdr);
 qnTypeObj& Numbers::getTypeObj() const { return Numbers_type; }
+
+/** Pointers to many small arrays of ints. */
+class Arrays : public qnXDRObj {
+public:
+    Arrays() {}
+    explicit Arrays(qnTypeObj& type) : qnXDRObj(type) {}
+    ~Arrays() override {
+        for (int* array : arrays) std::free(array);
+    }
+    void fill(unsigned n) {
+        arrays.resize(n);
+        for (unsigned i = 0; i < n; ++i) {
+            arrays[i] = static_cast<int*>(std::malloc(Ints * sizeof(int)));
+            for (unsigned k = 0; k < Ints; ++k) arrays[i][k] = static_cast<int>(i + k);
+        }
+    }
+    bool xdr(qnTranscriber& t) override {
+        unsigned n = static_cast<unsigned>(arrays.size());
+        if (!t.xdr(&n, 1)) return false;
+        if (t.reading) arrays.resize(n);
+        for (int*& array : arrays) {
+            if (!t.xdr(&array, Ints)) return false;
+        }
+        return true;
+    }
+    qnTypeObj& getTypeObj() const override;
+    static void* newInstance(qnTypeObj& type) { return new Arrays(type); }
+    static void deleteInstance(void* object) { delete static_cast<Arrays*>(object); }
+    static bool xdr(void* object, qnTranscriber& t) { return static_cast<Arrays*>(object)->Arrays::xdr(t); }
+
+    static constexpr unsigned Ints = 4;
+    std::vector<int*> arrays;
+};
+qnTypeObj Arrays_type("bench.Arrays", 1, Arrays::newInstance, Arrays::deleteInstance, Arrays::xdr);
+qnTypeObj& Arrays::getTypeObj() const { return Arrays_type; }
 
 std::FILE* scratch() {
     static std::FILE* file = std::tmpfile();
@@ -128,6 +165,31 @@ void ReadNumbers(benchmark::State& state) {
     report(state);
 }
 
+void WriteArrays(benchmark::State& state) {
+    Arrays arrays;
+    arrays.fill(static_cast<unsigned>(state.range(0)));
+    for (auto _ : state) {
+        if (!write(arrays)) state.SkipWithError("not written");
+    }
+    report(state);
+}
+
+void ReadArrays(benchmark::State& state) {
+    {
+        Arrays arrays;
+        arrays.fill(static_cast<unsigned>(state.range(0)));
+        write(arrays);
+    }
+    for (auto _ : state) {
+        Arrays* got = static_cast<Arrays*>(read());
+        if (got == nullptr) state.SkipWithError("not read");
+        state.PauseTiming();
+        delete got;
+        state.ResumeTiming();
+    }
+    report(state);
+}
+
 void WriteObjects(benchmark::State& state) {
     std::unique_ptr<Node[]> nodes(new Node[static_cast<std::size_t>(state.range(0))]);
     for (long i = 0; i + 1 < state.range(0); ++i)
@@ -194,6 +256,8 @@ BENCHMARK(WriteNumbers)->SIZES;
 BENCHMARK(ReadNumbers)->SIZES;
 BENCHMARK(WriteStrings)->SIZES;
 BENCHMARK(ReadStrings)->SIZES;
+BENCHMARK(WriteArrays)->SIZES;
+BENCHMARK(ReadArrays)->SIZES;
 BENCHMARK(WriteObjects)->SIZES;
 BENCHMARK(ReadObjects)->SIZES;
 

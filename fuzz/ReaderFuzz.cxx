@@ -55,6 +55,14 @@ private:
     std::size_t left_;
 };
 
+/** A base part that a class may have on two paths. */
+struct Part {
+    bool xdr(qnTranscriber& t) { return t.xdr(&length, 1) && t.xdr(&numbers, length) && label.xdr(t); }
+    unsigned length = 0;
+    short* numbers = nullptr;
+    qnStr label;
+};
+
 /** An object with a field of every sort. */
 class Node : public qnXDRObj {
 public:
@@ -66,7 +74,9 @@ public:
                ((choice & 8) == 0 || (t.xdr(&longs, 2) && t.xdr(&ints, 2) && t.xdr(&doubles, 1))) &&
                ((choice & 16) == 0 || (names.xdr(t) && pairs.xdr(t))) &&
                ((choice & 32) == 0 || (numbers.xdr(t) && shorts.xdr(t))) &&
-               ((choice & 64) == 0 || t.xdr(baseType(), this, &part)) && ((choice & 128) == 0 || words.xdr(t));
+               ((choice & 64) == 0 || t.xdr(baseType(), this, &part)) &&
+               ((choice & 128) == 0 || (words.xdr(t) && t.xdr(sharedType(), this, &shared) &&
+                                        t.xdr(sharedType(), this, &shared) && label.xdr(t) && label.xdr(t)));
     }
     qnTypeObj& getTypeObj() const override { return type(); }
     static void* newInstance(qnTypeObj& type) {
@@ -85,6 +95,11 @@ public:
         static qnTypeObj object("B", 1, nullptr, nullptr, xdrPart);
         return object;
     }
+    static bool xdrShared(void* part, qnTranscriber& t) { return static_cast<Part*>(part)->xdr(t); }
+    static qnTypeObj& sharedType() {
+        static qnTypeObj object("S", 1, nullptr, nullptr, xdrShared);
+        return object;
+    }
     unsigned char choice = 0;
     qnStr name, other;
     Node* first = nullptr;
@@ -100,6 +115,8 @@ public:
     qnLongArray numbers;
     qnShortArray shorts;
     int part = 0;
+    Part shared;
+    qnStr label;
 
     static std::vector<Node*> made;  ///< in the current graph
 };
@@ -107,7 +124,9 @@ std::vector<Node*> Node::made;
 
 /** Looks at everything that a whole object holds. */
 unsigned long use(const Node& node) {
-    unsigned long sum = node.name.hash() + node.other.hash();
+    unsigned long sum = node.name.hash() + node.other.hash() + node.shared.label.hash() + node.label.hash();
+    sum += static_cast<unsigned char>(node.label.text()[node.label.length()]);
+    for (unsigned i = 0; i < node.shared.length; ++i) sum += static_cast<unsigned short>(node.shared.numbers[i]);
     if (node.chars != nullptr) sum += static_cast<unsigned char>(node.chars[3]);
     if (node.text != nullptr) sum += std::strlen(node.text);
     if (node.longs != nullptr) sum += static_cast<unsigned long>(node.longs[1]);
@@ -130,7 +149,7 @@ void qnFatal(const char*, ...) { std::longjmp(leave, 1); }
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     static const bool ready = [] {
         qnInitializeToolkit();
-        return Node::type().version + Node::baseType().version != 0;
+        return Node::type().version + Node::baseType().version + Node::sharedType().version != 0;
     }();
     if (!ready || size < 2) return 0;
     static const long marks[] = {0x33445566, 0x44336655, 0x55663344, 0x66554433};

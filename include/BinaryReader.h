@@ -8,8 +8,8 @@ class qnBinaryReader;
 /** Reads `count` bytes into `destination` and rearranges them for this machine. */
 typedef bool (*qnBinaryReaderFunc)(qnBinaryReader& reader, char* destination, unsigned count);
 
-/** A pointer variable that waits for an object or array. */
-struct qnBinaryReaderItem {
+/** A pointer variable that waits for an object or array; whoever makes it here knows that it can hold what comes. */
+struct MORVAQNDS_API qnBinaryReaderItem {
     qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor);
 
     void* address;  ///< of the pointer variable
@@ -32,6 +32,9 @@ private:
  *   numbers in the records themselves are taken as they are.
  * - For kinds 4 and 11 to 14 the reader takes one word more than the writer writes.
  * - A null pointer to a primitive array cannot be read back.
+ *
+ * Pointers to objects get an object of whatever class the stream says, as types do not know what they derive from; a
+ * program that does not trust its stream looks at `getTypeObj()` before it uses one.
  *
  * Objects that a failed read has made stay allocated. Until `reset`, later graphs may refer to objects and arrays of
  * earlier ones, which must live that long; the text of a string of an earlier graph cannot be referred to.
@@ -101,6 +104,8 @@ public:
     class State;  ///< what the reader keeps of what has arrived
 
 private:
+    bool readPending();
+
     State* state_;
 };
 

@@ -85,6 +85,10 @@ private:
     struct Index;
     /** Arranges the index for keys that are numbers and not addresses. */
     void expectIds();
+    /** Says that `id` will be looked for soon. */
+    void expect(Word id) const;
+    /** Frees every entry. Iterators are not told. */
+    void discardAll();
     Index& index() const;
 
     mutable Index* index_;

@@ -94,6 +94,7 @@ public:
     unsigned nextId;  ///< the next id, from 1
 
 private:
+    unsigned idOf(const qnBinaryWriterItem& item) const { return renumbered_ ? alreadyWritten(item.address) : item.id; }
     bool writePointer(void* array, unsigned count, unsigned elementBytes, qnBinaryOTTag tag,
                       qnBinaryWriterItem::Elements elements);
     bool writeItem(qnBinaryWriterItem& item);
@@ -101,6 +102,8 @@ private:
     bool putRecord(const char* data, unsigned n);
     template <class Long>
     bool writeLongs(const Long* values, unsigned count);
+
+    bool renumbered_;  // whether an address has got a second id since the last reset
 };
 
 #endif

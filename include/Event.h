@@ -52,6 +52,10 @@ public:
     qnEvent* next;  ///< towards the back of the queue, or null
     qnEvent* prev;  ///< towards the front of the queue, or null
 
+protected:
+    /** Takes the event out of the queue that holds it, if there is one: first of all in a destructor that releases. */
+    void leaveQueue();
+
 private:
     friend class qnEventQueue;
 

@@ -24,6 +24,8 @@ public:
      * an immediate send, and when nothing is connected, a box that nobody holds is destroyed.
      *
      * An input that wants only the latest value loses the message that still waits for it, whatever the mode.
+     *
+     * A connection that ends during the send gets nothing more of it; one that is made meanwhile waits for the next.
      */
     void postMessage(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode);
     /**

@@ -44,8 +44,8 @@ public:
     ~qnExec();
 
     /**
-     * Registers a handler, in place of the one that has its descriptor. Requires: 0 <= descriptor < 100; in the default
-     * build another one is ignored.
+     * Registers a handler, in place of the one that has its descriptor. Requires: 0 <= descriptor < 100, and it is
+     * open; in the default build one outside the table is ignored.
      */
     void addSelectHandler(qnSelectHandler* handler);
     /** Clears the entry of the handler's descriptor. Deliberate: whichever handler is there. */
@@ -103,6 +103,7 @@ private:
     qnExec& operator=(const qnExec&);
 
     static void dropHandler(qnSelectHandler* handler);
+    static void leaveCycles(const qnSelectHandler* handler);
     void abandon(qnApplication* application);
     void callAll(const qnStubFuncArray& functions);
 

@@ -15,7 +15,10 @@ public:
     ~qnMessageEvent() override;
 
     const char* className() const override;
-    /** Clears the channel's `pending` and hands the value to the channel's function. */
+    /**
+     * Clears the channel's `pending`, whichever message that is, and hands the value to the channel's function. The
+     * channel and the value live until that returns, whatever it does to this event.
+     */
     void deliver() override;
     qnInputChannel* getChannel() override;
 

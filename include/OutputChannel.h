@@ -1,6 +1,7 @@
 #ifndef MORVAQNDS_OUTPUTCHANNEL_H
 #define MORVAQNDS_OUTPUTCHANNEL_H
 
+#include "Checked.h"
 #include "Export.h"
 #include "InputChannel.h"
 #include "Types.h"
@@ -37,7 +38,11 @@ public:
     unsigned find(const qnInputChannel* input) const;
     qnBool isConnectedTo(const qnInputChannel* input) const { return find(input) != 0xFFFFFFFFu; }
     /** The input of connection `index`, or the converter in front of it. Requires: index < getNumberOfConnections(). */
-    qnInputChannel* operator[](unsigned index) const;
+    qnInputChannel* operator[](unsigned index) const {
+        MORVAQNDS_REQUIRE(index < getNumberOfConnections(), "qnOutputChannel::operator[]: index %u is not below %u",
+                          index, getNumberOfConnections());
+        return static_cast<qnInputChannel*>(connections_->elements()[index]);
+    }
     unsigned getNumberOfConnections() const {
         return connections_ == nullptr ? 0 : connections_->usedBytes / static_cast<unsigned>(sizeof(void*));
     }

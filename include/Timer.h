@@ -14,7 +14,8 @@
  *     timer->startTimer();
  *
  * Time advances only inside the event loop's cycle, and only while some descriptor has a handler. A repeating timer is
- * armed anew after the pass in which it fired, a full interval from then: lateness is not made up for.
+ * armed anew after the pass in which it fired, a full interval from then. Deliberate: lateness is not made up for, and
+ * an advance over several intervals fires it once, so that a program that was busy does not face a burst.
  *
  * A timer may be started, stopped or destroyed at any time, in any timer's `tick` too. Destroying it stops it.
  */
@@ -34,10 +35,19 @@ public:
 
     /** Stops the timer, then starts it: it fires a full interval from now. */
     void startTimer();
-    /** Stops the timer if it is active. */
+    /**
+     * Stops the timer if it is active.
+     *
+     * Deliberate: a repeating timer that has fired is inactive until it is armed again, after all that is due has
+     * fired. Stopping it meanwhile, in its own `tick` above all, changes nothing; starting it does, and that start
+     * counts.
+     */
     void stopTimer();
 
-    /** Seconds from start to firing; counts from the next start. Negative ones and NaN count as 0. */
+    /**
+     * Seconds from start to firing; counts from the next start. Negative ones and NaN count as 0, an infinite one as
+     * the largest float.
+     */
     void setInterval(float seconds) { interval_ = seconds; }
     float getInterval() const { return interval_; }
     /** While active: seconds from the firing of the timer in front of it in the list to its own. */
@@ -51,7 +61,7 @@ public:
     static qnTimer* getFirst() { return activeTimers_; }
     /**
      * Lets `seconds` pass: fires every timer that is due by then, in order of their times and then of their starts.
-     * A timer that is started again without any interval waits for the next advance.
+     * A timer that is started again without any interval waits for the next advance. NaN counts as 0.
      */
     static void alarm(float seconds);
 
@@ -76,7 +86,7 @@ private:
     qnTimer* next_;
 
 public:
-    /** The output that the constructor made. */
+    /** The output that the constructor made; no longer valid once "tick" is removed or replaced. */
     qnOutputChannel* getTickOutput() const { return tick_; }
 };
 

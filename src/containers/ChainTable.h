@@ -6,6 +6,7 @@
 
 #include "Fatal.h"
 #include "core/Heap.h"
+#include "serial/ReadSupport.h"
 
 /** How dictionaries and sets read their tables from streams that may lie. */
 namespace chains {
@@ -17,8 +18,15 @@ namespace chains {
 constexpr unsigned BelievedBuckets = 1u << 20;
 constexpr unsigned BucketsPerEntry = 64;
 
+// Deliberate: a large table that is almost empty can be written and not be read.
 inline bool isBelievable(unsigned nbuckets, unsigned entries) {
     return nbuckets <= BelievedBuckets || nbuckets / BucketsPerEntry <= entries;
+}
+
+/** Many tables are a large part of the memory too: there is a limit on what is believed in all of them. */
+inline bool isBelievedBy(qnTranscriber& transcriber, unsigned nbuckets, unsigned entries) {
+    const std::uint64_t likely = BucketsPerEntry * (std::uint64_t(entries) + 1);
+    return nbuckets <= likely || qnReadSupport::believesBuckets(transcriber, static_cast<unsigned>(nbuckets - likely));
 }
 
 /**
@@ -26,10 +34,12 @@ inline bool isBelievable(unsigned nbuckets, unsigned entries) {
  * gives the block of the next entry and sets its bucket's number, or gives null, which ends the reading with false.
  */
 template <class Buckets, class ReadEntry>
-bool readTable(Buckets& buckets, unsigned nbuckets, unsigned entries, const char* operation, ReadEntry readEntry) {
+bool readTable(qnTranscriber& transcriber, Buckets& buckets, unsigned nbuckets, unsigned entries, const char* operation,
+               ReadEntry readEntry) {
     typedef typename Buckets::ElementType LinkPointer;
     typedef typename std::remove_pointer<LinkPointer>::type Link;
-    if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries)) {
+    if (std::uint64_t(nbuckets) * sizeof(void*) > heap::MaxBytes || !isBelievable(nbuckets, entries) ||
+        !isBelievedBy(transcriber, nbuckets, entries)) {
         qnFatal("format error");
     }
     buckets.resize(nbuckets < BelievedBuckets ? nbuckets : BelievedBuckets);

@@ -48,7 +48,7 @@ bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
 }
 
 bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
-    return chains::readTable(buckets, nbuckets, count, "qnDictionary::doxdr", [&](unsigned& b) -> char* {
+    return chains::readTable(transcriber, buckets, nbuckets, count, "qnDictionary::doxdr", [&](unsigned& b) -> char* {
         char* entry = newEntry();
         // Deliberate: after a failure in here the block of the current entry belongs to nobody.
         bool read = xdrKey(transcriber, entry) && xdrValue(transcriber, entry + keySize) && transcriber.xdr(&b, 1);

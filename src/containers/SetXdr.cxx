@@ -43,7 +43,7 @@ bool qnSet::writeEntries(qnTranscriber& transcriber) {
 }
 
 bool qnSet::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
-    return chains::readTable(buckets, nbuckets, count, "qnSet::doxdr", [&](unsigned& b) -> char* {
+    return chains::readTable(transcriber, buckets, nbuckets, count, "qnSet::doxdr", [&](unsigned& b) -> char* {
         char* entry = newEntry();
         // Deliberate: after a failure in here the block of the current key belongs to nobody.
         return xdrKey(transcriber, entry) && transcriber.xdr(&b, 1) ? entry : nullptr;

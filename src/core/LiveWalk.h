@@ -16,7 +16,8 @@
 class LiveWalk {
 public:
     /** `list` is any address that names the list. */
-    LiveWalk(const void* list, unsigned count) : list_(list), next_(0), end_(count), outer_(innermost_) {
+    LiveWalk(const void* list, unsigned count)
+        : list_(list), next_(0), end_(count), listed_(false), outer_(innermost_) {
         innermost_ = this;
     }
     ~LiveWalk() { innermost_ = outer_; }
@@ -28,13 +29,18 @@ public:
     bool next(unsigned& index) {
         if (next_ >= end_) return false;
         index = next_++;
+        listed_ = true;
         return true;
     }
+
+    /** Whether the element that `next` gave is listed still. */
+    bool listed() const { return listed_; }
 
     /** Element `index` has left the list, and those behind it have moved up. */
     static void removed(const void* list, unsigned index) {
         for (LiveWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
             if (walk->list_ != list) continue;
+            if (index + 1 == walk->next_) walk->listed_ = false;
             if (index < walk->next_) --walk->next_;
             if (index < walk->end_) --walk->end_;
         }
@@ -43,7 +49,9 @@ public:
     /** The list has gone. */
     static void gone(const void* list) {
         for (LiveWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-            if (walk->list_ == list) walk->end_ = 0;
+            if (walk->list_ != list) continue;
+            walk->end_ = 0;
+            walk->listed_ = false;
         }
     }
 
@@ -53,6 +61,7 @@ private:
     const void* list_;
     unsigned next_;
     unsigned end_;
+    bool listed_;
     LiveWalk* outer_;
 };
 

@@ -20,7 +20,8 @@ timeval toTimeval(float seconds) {
     if (seconds > LongestWait) seconds = LongestWait;
     timeval wait;
     wait.tv_sec = static_cast<time_t>(seconds);
-    wait.tv_usec = static_cast<suseconds_t>((seconds - static_cast<float>(wait.tv_sec)) * 1e6f);
+    const double fraction = static_cast<double>(seconds) - static_cast<double>(wait.tv_sec);
+    wait.tv_usec = static_cast<suseconds_t>(fraction * 1e6);  // exact: a float has 24 bits, a million 20
     return wait;
 }
 
@@ -39,7 +40,8 @@ float secondsSince(unsigned long start) {
 /** One pass: the state of the wait, kept apart because what the pass calls may change the executive's. */
 class qnExec::Cycle {
 public:
-    explicit Cycle(qnExec& executive) : executive_(executive) {}
+    explicit Cycle(qnExec& executive) : executive_(executive), outer_(innermost_) { innermost_ = this; }
+    ~Cycle() { innermost_ = outer_; }
 
     void run(float timeout) {
         executive_.callAll(executive_.preSelect_);
@@ -48,6 +50,15 @@ public:
         if (timed_) letTimePass();
         if (ready_ > 0) callHandlers();
         executive_.callAll(executive_.postSelect_);
+    }
+
+    /** A handler is destroyed: another one that is made at its address must not be taken for it. */
+    static void gone(const qnSelectHandler* handler) {
+        for (Cycle* cycle = innermost_; cycle != nullptr; cycle = cycle->outer_) {
+            for (int d = cycle->first_; d < cycle->end_; ++d) {
+                if (cycle->handlers_[d] == handler) cycle->handlers_[d] = nullptr;
+            }
+        }
     }
 
 private:
@@ -112,7 +123,10 @@ private:
         fd_set* set() { return inUse ? &descriptors : nullptr; }
     };
 
+    static Cycle* innermost_;
+
     qnExec& executive_;
+    Cycle* outer_;
     bool timed_ = false;
     float remaining_ = 0;      // seconds until the front timer fires
     unsigned long start_ = 0;  // clock ticks
@@ -123,6 +137,10 @@ private:
     qnSelectHandler* handlers_[MaxDescriptors];  // those of the wait, from first_: others that come are not called
     int ready_ = 0;
 };
+
+qnExec::Cycle* qnExec::Cycle::innermost_ = nullptr;
+
+void qnExec::leaveCycles(const qnSelectHandler* handler) { Cycle::gone(handler); }
 
 void qnExec::callAll(const qnStubFuncArray& functions) {
     LiveWalk walk(&functions, functions.length());

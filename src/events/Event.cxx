@@ -1,7 +1,7 @@
 #include "Event.h"
 
 #include "EventQueue.h"
-#include "events/Watch.h"
+#include "core/Watch.h"
 
 unsigned long qnET_Unknown;
 unsigned long qnET_MessageEvent;
@@ -22,8 +22,12 @@ qnEvent::qnEvent(const qnEvent& other)
       queue_(nullptr) {}
 
 qnEvent::~qnEvent() {
-    if (queue_ != nullptr) queue_->unlink(this);
+    leaveQueue();
     Watch::gone(this);
+}
+
+void qnEvent::leaveQueue() {
+    if (queue_ != nullptr) queue_->unlink(this);
 }
 
 const char* qnEvent::className() const { return "qnEvent"; }

@@ -4,9 +4,9 @@
 #include "MessageEvent.h"
 #include "core/Heap.h"
 #include "core/LiveWalk.h"
+#include "core/Watch.h"
 #include "events/Post.h"
 #include "events/QueueWalk.h"
-#include "events/Watch.h"
 
 qnEventHandler* qn_theEventHandler;
 
@@ -31,6 +31,8 @@ void qnEventHandler::postEvent(qnEvent* event, qnBool front) {
 }
 
 void qnEventHandler::postMessage(qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode) {
+    MORVAQNDS_REQUIRE(output != nullptr, "qnEventHandler::postMessage: no output");
+    MORVAQNDS_REQUIRE(box != nullptr, "qnEventHandler::postMessage: no box");
     postBox(*this, output, box, mode);
 }
 
@@ -49,7 +51,14 @@ void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnOb
     while (walk.next(i)) {
         qnInputChannel* entry = (*output)[i];
         ++entry->refCount;
-        if (entry->latestOnly() && entry->pending != nullptr) dropPending(handler, *entry);
+        if (entry->latestOnly() && entry->pending != nullptr) {
+            dropPending(handler, *entry);
+            if (!walk.listed()) {
+                // The end of the box that was dropped ended the connection: who received there may be gone.
+                qnRelease(entry);
+                continue;
+            }
+        }
         if (mode == qnObj::qnSF_Immediate) {
             box->deliverTo(entry->deliverFunc, entry->closure);
         } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {

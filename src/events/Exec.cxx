@@ -1,6 +1,8 @@
 // What the executive keeps: handlers, functions, applications. The cycle is in Cycle.cxx.
 #include "Exec.h"
 
+#include <fcntl.h>
+
 #include <cstdint>
 
 #include "Checked.h"
@@ -58,6 +60,8 @@ qnExec::~qnExec() {
 
 void qnExec::addSelectHandler(qnSelectHandler* handler) {
     MORVAQNDS_REQUIRE(inTable(handler), "qnExec::addSelectHandler: descriptor %d is not between 0 and 99",
+                      handler->descriptor);
+    MORVAQNDS_REQUIRE(fcntl(handler->descriptor, F_GETFD) != -1, "qnExec::addSelectHandler: descriptor %d is not open",
                       handler->descriptor);
     if (!inTable(handler)) return;
     handlers_[handler->descriptor] = handler;

@@ -1,5 +1,53 @@
 #include "MessageEvent.h"
 
+namespace {
+
+/**
+ * A delivery under way. The event holds the channel and the box for it; an event that is destroyed meanwhile leaves
+ * what it holds to its outermost delivery. Nothing is counted twice, so that programs see the holders that there are.
+ */
+class Delivery {
+public:
+    explicit Delivery(const qnMessageEvent* event)
+        : event_(event), channel_(nullptr), data_(nullptr), outer_(innermost_) {
+        innermost_ = this;
+    }
+    ~Delivery() {
+        innermost_ = outer_;
+        qnRelease(channel_);
+        qnRelease(data_);
+    }
+
+    Delivery(const Delivery&) = delete;
+    Delivery& operator=(const Delivery&) = delete;
+
+    /** Whether a delivery has taken over what a dying event holds. */
+    static bool inherit(const qnMessageEvent* event, qnInputChannel* channel, qnData* data) {
+        Delivery* heir = nullptr;
+        for (Delivery* each = innermost_; each != nullptr; each = each->outer_) {
+            if (each->event_ != event) continue;
+            each->event_ = nullptr;
+            heir = each;
+        }
+        if (heir == nullptr) return false;
+        heir->channel_ = channel;
+        heir->data_ = data;
+        return true;
+    }
+
+private:
+    static Delivery* innermost_;
+
+    const qnMessageEvent* event_;  // null when it has gone: another one may be made in its place
+    qnInputChannel* channel_;
+    qnData* data_;
+    Delivery* outer_;
+};
+
+Delivery* Delivery::innermost_ = nullptr;
+
+}  // namespace
+
 qnMessageEvent::qnMessageEvent(qnInputChannel* channel, qnData* data)
     : qnEvent(qnET_MessageEvent), channel_(channel), data_(data) {
     qnRetain(channel_);
@@ -13,7 +61,9 @@ qnMessageEvent::qnMessageEvent(const qnMessageEvent& other)
 }
 
 qnMessageEvent::~qnMessageEvent() {
+    leaveQueue();
     if (channel_ != nullptr && channel_->pending == this) channel_->pending = nullptr;
+    if (Delivery::inherit(this, channel_, data_)) return;
     qnRelease(channel_);
     qnRelease(data_);
 }
@@ -21,15 +71,10 @@ qnMessageEvent::~qnMessageEvent() {
 const char* qnMessageEvent::className() const { return "qnMessageEvent"; }
 
 void qnMessageEvent::deliver() {
-    // The call may destroy this event, so the two that it uses are held here too.
+    Delivery delivery(this);
     qnInputChannel* channel = channel_;
-    qnData* data = data_;
-    qnRetain(channel);
-    qnRetain(data);
-    channel->pending = nullptr;
-    data->deliverTo(channel->deliverFunc, channel->closure);
-    qnRelease(data);
-    qnRelease(channel);
+    channel->pending = nullptr;  // Deliberate: whichever message that is
+    data_->deliverTo(channel->deliverFunc, channel->closure);
 }
 
 qnInputChannel* qnMessageEvent::getChannel() { return channel_; }

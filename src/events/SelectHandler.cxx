@@ -9,6 +9,7 @@ qnSelectHandler::qnSelectHandler(int theDescriptor, qnBool read, qnBool write, q
 
 qnSelectHandler::~qnSelectHandler() {
     qnExec::dropHandler(this);
+    qnExec::leaveCycles(this);
     if (descriptor >= 0) close(descriptor);
 }
 

@@ -2,12 +2,26 @@
 // that letting time pass changes only the front.
 #include "Timer.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <vector>
 
-#include "events/Watch.h"
+#include "core/Watch.h"
 
 qnTimer* qnTimer::activeTimers_ = nullptr;
+
+namespace {
+
+/**
+ * The difference as a float. Some machines calculate in a wider form, in which timers that are due at the same moment
+ * would differ, and a time that an interval vanishes in would still become shorter.
+ */
+float difference(float a, float b) {
+    volatile float rounded = a - b;
+    return rounded;
+}
+
+}  // namespace
 
 /**
  * One advance of time. It remembers the timers to arm again afterwards, and those that fired at the present moment,
@@ -21,18 +35,18 @@ public:
     void run() {
         while (activeTimers_ != nullptr && left_ >= activeTimers_->delta_) {
             qnTimer* timer = activeTimers_;
-            const float after = left_ - timer->delta_;
+            const float after = difference(left_, timer->delta_);
             if (after != left_) newMoment();
             left_ = after;
             activeTimers_ = timer->next_;
             timer->next_ = nullptr;
-            if (timer->firedNow_) {
+            if (firedAtThisMoment(timer)) {
                 waiting_.push_back(timer);
             } else {
                 fire(timer);
             }
         }
-        if (activeTimers_ != nullptr) activeTimers_->delta_ -= left_;
+        if (activeTimers_ != nullptr) activeTimers_->delta_ = difference(activeTimers_->delta_, left_);
         newMoment();
 
         for (std::size_t i = 0; i < waiting_.size(); ++i) {
@@ -69,7 +83,14 @@ private:
         if (watch.alive() && timer->repeating_) again_.push_back(timer);
     }
 
+    /** A firing in a pass around this one is of this moment until time passes here. */
+    bool firedAtThisMoment(const qnTimer* timer) const {
+        if (!timer->firedNow_ || !moved_) return timer->firedNow_ != 0;
+        return std::find(fired_.begin(), fired_.end(), timer) != fired_.end();
+    }
+
     void newMoment() {
+        moved_ = true;
         for (qnTimer* timer : fired_) {
             if (timer != nullptr) timer->firedNow_ = 0;
         }
@@ -85,9 +106,10 @@ private:
     static Pass* innermost_;
 
     float left_;
-    Timers fired_;    // fired at the present moment
-    Timers waiting_;  // active, and not in the list until the pass is over
-    Timers again_;    // repeating ones that fired, in that order
+    bool moved_ = false;  // time has passed in this pass
+    Timers fired_;        // fired at the present moment
+    Timers waiting_;      // active, and not in the list until the pass is over
+    Timers again_;        // repeating ones that fired, in that order
     Pass* outer_;
 };
 
@@ -131,12 +153,12 @@ void qnTimer::addToActiveList() {
 
     qnTimer** place = &activeTimers_;
     while (*place != nullptr && remaining >= (*place)->delta_) {
-        remaining -= (*place)->delta_;
+        remaining = difference(remaining, (*place)->delta_);
         place = &(*place)->next_;
     }
     delta_ = remaining;
     next_ = *place;
-    if (next_ != nullptr) next_->delta_ -= remaining;
+    if (next_ != nullptr) next_->delta_ = difference(next_->delta_, remaining);
     *place = this;
     active_ = 1;
 }

@@ -56,10 +56,17 @@ void qnInputChannel::flush() {
 }
 
 void qnDestroy(qnInputChannel* channel) {
-    // Channels have no virtual destructor: each is destroyed as what it is.
-    if (channel->isConverter()) {
-        delete static_cast<qnConverter*>(channel);
-    } else {
-        delete channel;
-    }
+    // A converter may be the last holder of another one, and so on: a chain of any length is released in a loop.
+    do {
+        qnInputChannel* held = nullptr;
+        // Channels have no virtual destructor: each is destroyed as what it is.
+        if (channel->isConverter()) {
+            held = static_cast<qnInputChannel*>(channel->closure);
+            channel->closure = nullptr;
+            delete static_cast<qnConverter*>(channel);
+        } else {
+            delete channel;
+        }
+        channel = held;
+    } while (channel != nullptr && --channel->refCount == 0);
 }

@@ -3,6 +3,7 @@
 #include "Fatal.h"
 #include "VoidPtrDict.h"
 #include "core/Heap.h"
+#include "core/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -99,6 +100,7 @@ void dt_output_dict(void* outputs) {
 qnObj::~qnObj() {
     if (properties_ == nullptr) return;
     removeAllProperties();
+    Watch::gone(properties_);
     delete properties_;
 }
 

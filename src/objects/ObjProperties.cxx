@@ -2,6 +2,7 @@
 #include "Checked.h"
 #include "Obj.h"
 #include "core/Heap.h"
+#include "core/Watch.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -68,12 +69,14 @@ qnObj* qnObj::removeProperty(unsigned short tag) {
     return this;
 }
 
+// Deliberate: a name without a tag looks for the property of tag 65535, which a program may have set.
 qnObj* qnObj::removeProperty(const char* name) { return removeProperty(qnProperty::findTag(name)); }
 
 qnObj* qnObj::removeAllProperties() {
     if (properties_ == nullptr) return this;
     // Each leaves its place before it is released: its release may look at the list, or change it, so what was set
-    // meanwhile has another turn.
+    // meanwhile has another turn. It may also destroy the object.
+    Watch list(properties_);
     bool again = true;
     while (again) {
         again = false;
@@ -82,6 +85,7 @@ qnObj* qnObj::removeAllProperties() {
             if (property == nullptr) continue;
             placesOf(*properties_)[i] = nullptr;
             qnRelease(property);
+            if (!list.alive()) return this;
             again = true;
         }
     }

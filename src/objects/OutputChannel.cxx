@@ -1,6 +1,5 @@
 #include "OutputChannel.h"
 
-#include "Checked.h"
 #include "Converter.h"
 #include "Fatal.h"
 #include "core/Heap.h"
@@ -60,10 +59,4 @@ unsigned qnOutputChannel::find(const qnInputChannel* input) const {
         if (endOf((*this)[i]) == input) return i;
     }
     return pointers::NotFound;
-}
-
-qnInputChannel* qnOutputChannel::operator[](unsigned index) const {
-    MORVAQNDS_REQUIRE(index < getNumberOfConnections(), "qnOutputChannel::operator[]: index %u is not below %u", index,
-                      getNumberOfConnections());
-    return static_cast<qnInputChannel*>(connections_->elements()[index]);
 }

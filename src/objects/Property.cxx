@@ -132,7 +132,11 @@ void qnProperty::setAsCharPtr(const char* text, qnBool owned) {
 
 void qnProperty::setAsStr(const qnStr& value) {
     requireKind(qnDT_qnStr, "setAsStr");
-    *value_.string = value;
+    if (value_.string == nullptr) {
+        value_.string = new qnStr(value);  // after cleanup
+    } else {
+        *value_.string = value;
+    }
 }
 
 void qnProperty::setAsVoidPtr(void* pointer, Release release) {

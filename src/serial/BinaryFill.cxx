@@ -74,10 +74,8 @@ bool qnBinaryReader::State::readHead(unsigned& dataBytes) {
             return true;
         }
         case 2: {
-            char bytes[2];
             std::uint16_t length;
-            if (!stream->getBytes(bytes, sizeof bytes)) return false;
-            std::memcpy(&length, bytes, sizeof length);
+            if (!stream->getBytes(reinterpret_cast<char*>(&length), sizeof length)) return false;
             dataBytes = length;
             return true;
         }
@@ -86,9 +84,14 @@ bool qnBinaryReader::State::readHead(unsigned& dataBytes) {
 }
 
 bool qnBinaryReader::State::getWord(unsigned& word) {
-    char bytes[sizeof word];
-    if (!reader_.stream->getBytes(bytes, sizeof bytes)) return false;
-    std::memcpy(&word, bytes, sizeof word);
+    return reader_.stream->getBytes(reinterpret_cast<char*>(&word), sizeof word);
+}
+
+bool qnBinaryReader::State::getWords(unsigned& first, unsigned& second) {
+    unsigned words[2];
+    if (!reader_.stream->getBytes(reinterpret_cast<char*>(words), sizeof words)) return false;
+    first = words[0];
+    second = words[1];
     return true;
 }
 
@@ -103,16 +106,16 @@ bool qnBinaryReader::State::readPayload() {
         case qnBOT_Shorts:
         case qnBOT_Longs:
         case qnBOT_Floats:
-        case qnBOT_Doubles: return getWord(reader_.pendingId) && getWord(reader_.pendingByteCount);
+        case qnBOT_Doubles: return getWords(reader_.pendingId, reader_.pendingByteCount);
         case qnBRK_OldArray:
         case qnBRK_NewObject:
         case qnBRK_OldObject:
         case qnBRK_NewBase:
         case qnBRK_OldBase:
             // Deliberate: one word more than the writer writes. Streams with these records come from writers that pad.
-            return getWord(reader_.pendingId) && getWord(ignored);
+            return getWords(reader_.pendingId, ignored);
         case qnBRK_Instance:
-            return getWord(reader_.pendingId) && getWord(reader_.pendingTypeId) && getWord(reader_.pendingVersion);
+            return getWords(reader_.pendingId, reader_.pendingTypeId) && getWord(reader_.pendingVersion);
         default: qnFatal("Whoops!");
     }
 }
@@ -237,8 +240,7 @@ bool qnBinaryReader::State::readArray(void** result) {
         }
         arrived = room;
     }
-    enter(id, array, Array, nbytes);
-    Info& info = infos_[id];
+    Info& info = enter(id, array, Array, nbytes);
     if (info.wanted >= Long) {
         array = static_cast<char*>(widen(array, nbytes, info.wanted));
         replace(id, array);
@@ -319,8 +321,10 @@ bool qnBinaryReader::xdr(qnStr* strings, unsigned count) {
 // Pointers. An array must have the bytes that its variable is read for.
 
 bool qnBinaryReader::State::readElements(void* variable, Use use, unsigned count, unsigned elementBytes) {
-    return readArrayPointer(variable, use,
-                            heap::checkedSize(std::uint64_t(count) * elementBytes, "qnBinaryReader::xdr"));
+    std::uint64_t nbytes = std::uint64_t(count) * elementBytes;
+    // The count may well come from the stream.
+    if (nbytes > heap::MaxBytes) qnFatal("format error");
+    return readArrayPointer(variable, use, static_cast<unsigned>(nbytes));
 }
 
 bool qnBinaryReader::xdr(char** array, unsigned count) { return readPrimPointer(array, count); }

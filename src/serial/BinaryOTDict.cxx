@@ -9,13 +9,18 @@
 #include "serial/WordMap.h"
 
 struct qnBinaryOTDict::Index {
+    struct Entry {
+        char* block;
+        bool isSet() const { return block != nullptr; }
+    };
+
     Index() : entries(AddressGrain) {}
 
     /** Objects of the heap are 16 bytes apart. */
     static constexpr unsigned AddressGrain = 4;
     static constexpr unsigned IdGrain = 0;
 
-    WordMap<char*> entries;
+    WordMap<Word, Entry> entries;
 };
 
 namespace {
@@ -38,12 +43,14 @@ qnBinaryOTDict::qnBinaryOTDict(const qnBinaryOTDict& other)
 }
 
 qnBinaryOTDict::~qnBinaryOTDict() {
-    index_->entries.clear();
+    discardAll();
     cleanup();
     delete index_;
 }
 
 void qnBinaryOTDict::expectIds() { index_->entries.clear(Index::IdGrain); }
+
+void qnBinaryOTDict::expect(Word id) const { index_->entries.expect(id); }
 
 const char* qnBinaryOTDict::className() const { return "qnBinaryOTDict"; }
 
@@ -59,8 +66,8 @@ void qnBinaryOTDict::copyKey(const void* from, void* to) const { std::memcpy(to,
 
 void qnBinaryOTDict::destroyKey(void* key) const {
     Word word = wordAt(key);
-    char** entry = index_->entries.find(word);
-    if (entry != nullptr && *entry == key) index_->entries.erase(word);
+    Index::Entry* entry = index_->entries.find(word);
+    if (entry != nullptr && entry->block == key) index_->entries.erase(word);
 }
 
 void qnBinaryOTDict::copyValue(const void* from, void* to) const { std::memmove(to, from, sizeof(Word)); }
@@ -78,8 +85,8 @@ qnBinaryOTDict::Index& qnBinaryOTDict::index() const {
         index_->entries.clear();
         for (unsigned b = 0; b < buckets.length(); ++b) {
             for (const qnDictBucket* link = buckets.elements()[b]; link != nullptr; link = link->next) {
-                char*& entry = index_->entries[wordAt(link->entry)];
-                if (entry == nullptr) entry = link->entry;
+                Index::Entry& entry = index_->entries[wordAt(link->entry)];
+                if (!entry.isSet()) entry.block = link->entry;
             }
         }
     }
@@ -88,26 +95,45 @@ qnBinaryOTDict::Index& qnBinaryOTDict::index() const {
 
 void* qnBinaryOTDict::find(const void* key, void** where) const {
     if (where != nullptr) return qnDictionary::find(key, where);
-    char** entry = index().entries.find(wordAt(key));
-    return entry == nullptr ? nullptr : *entry + keySize;
+    const Index::Entry* entry = index().entries.find(wordAt(key));
+    return entry == nullptr ? nullptr : entry->block + keySize;
 }
 
 void* qnBinaryOTDict::findCreate(const void* key) {
-    char*& place = index().entries[wordAt(key)];
-    if (place == nullptr) {
+    Index::Entry& place = index().entries[wordAt(key)];
+    if (!place.isSet()) {
         unsigned bucket = bucketOf(key);
-        char* entry = newEntry();
-        copyKey(key, entry);
-        createValue(entry + keySize);
-        pushEntry(bucket, entry);
-        place = entry;
+        place.block = newEntry();
+        copyKey(key, place.block);
+        createValue(place.block + keySize);
+        pushEntry(bucket, place.block);
     }
-    return place + keySize;
+    return place.block + keySize;
 }
 
 void qnBinaryOTDict::addInternal(const void* key, const void* value) { copyValue(value, findCreate(key)); }
 
+// What was allocated one after another is freed so, by taking the newest entry of each chain in turn; chain by chain,
+// each of the many passes over a large table would wait for the whole of its memory.
+void qnBinaryOTDict::discardAll() {
+    index_->entries.clear();
+    unsigned chains = buckets.length();
+    while (chains != 0) {
+        chains = 0;
+        for (unsigned b = 0; b < buckets.length(); ++b) {
+            qnDictBucket*& head = buckets.elements()[b];
+            if (head == nullptr) continue;
+            qnDictBucket* link = head;
+            head = link->next;
+            delete link;
+            ++chains;
+        }
+    }
+    count = 0;
+}
+
 void qnBinaryOTDict::removeAll() {
+    if (iters.length() == 0) return discardAll();
     // Emptied first, the index need not follow every removal.
     index_->entries.clear();
     // The entry that an iterator meets first is the head of its chain, and so is found at once.

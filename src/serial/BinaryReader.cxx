@@ -1,6 +1,7 @@
 // The binary reader: graphs, instances and pointers.
 #include "BinaryReader.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "Checked.h"
@@ -13,6 +14,14 @@
 
 namespace {
 
+/** The bytes that the string with this `data` member has now; it may have been read again since it began to wait. */
+unsigned textLength(const void* data) {
+    unsigned length;
+    std::memcpy(&length, static_cast<const char*>(data) - offsetof(qnStr, data) + offsetof(qnStr, slength),
+                sizeof length);
+    return length;
+}
+
 /** Whether something of `sort` may be the target of an object pointer. */
 bool isObject(qnBinaryReader::State::Sort sort) {
     // A base part is an object too: pointers to it were written under its id.
@@ -22,7 +31,7 @@ bool isObject(qnBinaryReader::State::Sort sort) {
 }  // namespace
 
 qnBinaryReaderItem::qnBinaryReaderItem(void* pointerVariable, unsigned waitsFor)
-    : address(pointerVariable), id(waitsFor), use_(qnBinaryReader::State::ObjectUse), byteLength_(0) {}
+    : address(pointerVariable), id(waitsFor), use_(qnBinaryReader::State::AnyUse), byteLength_(0) {}
 
 qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMark, const char* floatFormat)
     : shortsReader(nullptr), longsReader(nullptr), floatsReader(nullptr), doublesReader(nullptr), state_(nullptr) {
@@ -87,23 +96,34 @@ qnBinaryReaderItem* qnBinaryReader::pop() {
 // Graphs
 
 void* qnBinaryReader::readObject(qnTypeObj&) {
-    state_->startGraph();
+    unsigned outer = state_->startGraph();
     void* root;
-    if (!fill() || !readInstance(&root)) return nullptr;
+    bool whole = fill() && readInstance(&root) && readPending();
+    state_->endGraph(outer);
+    return whole ? root : nullptr;
+}
+
+/** Reads what is waited for, and completes the variables that wait. */
+bool qnBinaryReader::readPending() {
     while (pendingItems.length() != 0) {
         qnBinaryReaderItem* item = pop();
+        if (unsigned left = pendingItems.length()) {
+            unsigned nextId = static_cast<qnBinaryReaderItem*>(pendingItems.elements()[left - 1])->id;
+            objectTable.expect(nextId);
+            state_->expect(nextId);
+        }
         void* arrived;
         while ((arrived = alreadyRead(item->id)) == nullptr) {
             void* instance;
             if (!fill() || !readInstance(&instance)) {
                 delete item;
-                return nullptr;
+                return false;
             }
         }
         state_->store(*item, arrived);
         delete item;
     }
-    return root;
+    return true;
 }
 
 bool qnBinaryReader::readInstance(void** result) {
@@ -116,7 +136,8 @@ bool qnBinaryReader::readInstance(void** result) {
     qnTypeObj* type = state_->typeOf(pendingTypeId);
     if (type == nullptr) qnFatal("XXX baddest news");
     if (type->version != pendingVersion) qnFatal("XXX version error handling is missing");
-    void* object = type->newInstance == nullptr ? nullptr : type->newInstance(*type);
+    bool canBeMade = type->newInstance != nullptr && type->xdr != nullptr;
+    void* object = canBeMade ? type->newInstance(*type) : nullptr;
     if (object == nullptr) qnFatal("XXX baddest news");
     state_->enter(pendingId, object, State::Object, 0);
     if (!type->xdr(object, *this)) qnFatal("XXX error handling is missing");
@@ -139,9 +160,16 @@ bool qnBinaryReader::xdr(void* pointerVariable, qnXDRObj*, qnTypeObj&) {
             return true;
         }
         case qnBRK_NewObject:
-            queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", pointerVariable, pendingId));
+        case qnBRK_OldObject: {
+            qnBinaryReaderItem item(pointerVariable, pendingId);
+            item.use_ = State::ObjectUse;
+            if (pendingKind == qnBRK_NewObject) {
+                queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
+            } else {
+                state_->storeOrQueue(item);
+            }
             return true;
-        case qnBRK_OldObject: state_->storeOrQueue(qnBinaryReaderItem(pointerVariable, pendingId)); return true;
+        }
         default: qnFatal("XXX bad news!");
     }
 }
@@ -152,7 +180,7 @@ bool qnBinaryReader::xdr(qnTypeObj& baseType, void* object, void* base) {
     switch (pendingKind) {
         case qnBRK_NewBase:
             if (alreadyRead(pendingId) != nullptr) qnFatal("XXX new base for old base");
-            state_->enter(pendingId, base, State::Base, 0);
+            state_->enterBase(pendingId, base);
             return baseType.xdr(base, *this);
         case qnBRK_OldBase:
             if (alreadyRead(pendingId) == nullptr) qnFatal("XXX old base previously unseen");
@@ -193,6 +221,7 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
     if (item.use_ != ObjectUse) {
         Info& info = infos_[item.id];
         Width width = widthOf(item.use_);
+        if (info.sort == Unknown) info.sort = Awaited;
         if (info.sort != Array) {
             if (!agree(info.wanted, width)) qnFatal("format error");
             info.wanted = width;
@@ -201,7 +230,7 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
     reader_.queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
 }
 
-void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
+qnBinaryReader::State::Info& qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
     qnBinaryOTDict::Word key = id;
     qnBinaryOTDict::Word value = reinterpret_cast<qnBinaryOTDict::Word>(address);
     reader_.objectTable.addInternal(&key, &value);
@@ -211,6 +240,17 @@ void qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigne
     info.width = Unclaimed;
     info.owner = Nobody;
     info.graph = graph_;
+    return info;
+}
+
+void qnBinaryReader::State::enterBase(unsigned id, void* base) {
+    // Read twice, under two ids, its counts would be those of the one time and its pointers those of the other.
+    if (graph_ != 0) {
+        BaseRead& last = bases_[reinterpret_cast<std::uintptr_t>(base)];
+        if (last.graph == graph_) qnFatal("XXX new base for old base");
+        last.graph = graph_;
+    }
+    enter(id, base, Base, 0);
 }
 
 qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
@@ -220,29 +260,32 @@ qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
 
 void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived) {
     Info* info = infos_.find(item.id);
-    if (item.use_ == ObjectUse) {
+    bool anyArray = item.use_ == AnyUse && info != nullptr && info->sort == Array;
+    if (item.use_ <= ObjectUse && !anyArray) {
         if (info == nullptr || !isObject(info->sort)) qnFatal("XXX bad news!");
         std::memcpy(item.address, &arrived, sizeof arrived);
         return;
     }
-    if (info == nullptr || info->sort != Array || info->byteLength < item.byteLength_) qnFatal("format error");
+    unsigned needed = item.use_ == TextUse ? textLength(item.address) : item.byteLength_;
+    if (info == nullptr || info->sort != Array || info->byteLength < needed) qnFatal("format error");
     // A string's array belongs to it alone and may change with it, so it can be told from others within a graph only.
     if (info->owner == String && info->graph != graph_) qnFatal("format error");
-    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived))
+    void* array = item.use_ == TextUse ? arrayForText(item, *info, static_cast<char*>(arrived), needed)
                                        : arrayForPointer(item, *info, arrived);
     std::memcpy(item.address, &array, sizeof array);
 }
 
 /** The text of a waiting string: the array itself if nobody has it, otherwise a copy. */
-void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array) {
-    if (!agree(info.width, Narrow) || array[item.byteLength_ - 1] != 0) qnFatal("format error");
+void* qnBinaryReader::State::arrayForText(const qnBinaryReaderItem& item, Info& info, char* array, unsigned length) {
+    if (!agree(info.width, Narrow) || array[length - 1] != 0) qnFatal("format error");
     info.width = Narrow;
     if (info.owner == Nobody) {
         info.owner = String;
         return array;
     }
-    void* copy = heap::allocate(item.byteLength_, "qnBinaryReader::readObject");
-    return std::memcpy(copy, array, item.byteLength_);
+    // A string that waited twice has it by now.
+    if (std::memcmp(item.address, &array, sizeof array) == 0) return array;
+    return std::memcpy(heap::allocate(length, "qnBinaryReader::readObject"), array, length);
 }
 
 /** The array that all pointer variables share, as wide as they expect it. */

@@ -35,7 +35,7 @@ qnBinaryWriterItem* newArrayItem(void* address, unsigned byteLength, qnBinaryOTT
 
 }  // namespace
 
-qnBinaryWriter::qnBinaryWriter(qnStream* newStream) : nextId(1) {
+qnBinaryWriter::qnBinaryWriter(qnStream* newStream) : nextId(1), renumbered_(false) {
     setStream(newStream);
     reading = 0;
     qnBinaryOTDict::Word nowhere = 0;
@@ -52,6 +52,7 @@ void qnBinaryWriter::reset() {
     objectTable.removeAll();
     while (pendingItems.length() != 0) delete pop();
     pendingItems.resize(0);
+    renumbered_ = false;
     bufferNext = buffer;
     bufferCount = 0;
     pendingKind = qnBRK_Data;
@@ -70,7 +71,9 @@ unsigned qnBinaryWriter::alreadyWritten(void* address) const {
 unsigned qnBinaryWriter::recordIdForAddress(void* address) {
     qnBinaryOTDict::Word key = reinterpret_cast<qnBinaryOTDict::Word>(address);
     qnBinaryOTDict::Word id = nextId++;
-    objectTable.addInternal(&key, &id);
+    qnBinaryOTDict::Word* entered = static_cast<qnBinaryOTDict::Word*>(objectTable.findCreate(&key));
+    if (*entered != 0) renumbered_ = true;
+    *entered = id;
     return static_cast<unsigned>(id);
 }
 
@@ -103,6 +106,8 @@ bool qnBinaryWriter::writeObject(void* object, qnXDRObj* asXDRObj) {
 }
 
 bool qnBinaryWriter::writeItem(qnBinaryWriterItem& item) {
+    // Written as a root while it waits, it has another id than it was queued with.
+    item.id = idOf(item);
     if (item.kind == ArrayItem) return writeArray(item);
     unsigned long typeId;
     if (!writeType(*item.type, &typeId)) return false;

@@ -30,11 +30,20 @@ public:
         if (transcriber.readSupport_ != nullptr) transcriber.readSupport_->variablesMoved(from, nbytes, to);
     }
 
+    /**
+     * Whether `nbuckets` more buckets of tables are believed, although the entries that have arrived do not make them
+     * likely. A graph has a limit.
+     */
+    static bool believesBuckets(qnTranscriber& transcriber, unsigned nbuckets) {
+        return transcriber.readSupport_ == nullptr || transcriber.readSupport_->takeBuckets(nbuckets);
+    }
+
 protected:
     virtual ~qnReadSupport() {}
 
     void supportReading(qnTranscriber& transcriber) { transcriber.readSupport_ = this; }
 
+    virtual bool takeBuckets(unsigned nbuckets) = 0;
     virtual void textFollows() = 0;
     virtual void variablesMoved(const void* from, std::size_t nbytes, void* to) = 0;
 };

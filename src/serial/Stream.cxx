@@ -45,6 +45,7 @@ int openFlags(qnStream::qnStreamType type) {
 
 /** Opens the file, creating a missing one unless it is to be read. It is never emptied. */
 int openFile(const char* path, qnStream::qnStreamType type, unsigned permissions) {
+    if (path == nullptr) return -1;
     int flags = openFlags(type);
     int fd = ::open(path, flags);
     if (fd < 0 && type != qnStream::Read) fd = ::open(path, flags | O_CREAT, static_cast<mode_t>(permissions));

@@ -8,24 +8,23 @@
 #include "core/Heap.h"
 
 /**
- * A hash map from pointer words to small plain records: open addressing with linear probing in a power of two of slots,
- * at most half full. Constant time a look-up, also for keys that a hostile stream chooses: the hash is keyed.
+ * A hash map from words to small plain records: open addressing with linear probing in a power of two of slots, at most
+ * half full. Constant time a look-up, also for keys that a hostile stream chooses: the hash is keyed.
  *
- * Keys are `grain` bits apart, 0 for numbers and more for addresses. Eight neighbours share a group of slots, so that
+ * Keys are `grain` bits apart, 0 for numbers and more for addresses. Sixteen neighbours share a group of slots, so that
  * what is numbered or allocated one after another is found close together.
  *
- *     WordMap<Info> infos(0);
+ *     WordMap<std::uint32_t, Info> infos(0);
  *     infos[id].length = 12;
  *     if (Info* known = infos.find(id)) ...
  *
- * Records must be trivially copyable; new ones are zero bytes. A pointer to a record is valid until the next insertion
- * or removal.
+ * Records must be trivially copyable; new ones are zero bytes. Slots are kept small, as large maps are as fast as their
+ * memory: there is no mark of use beside the record, which tells itself by `isSet()` whether it is one. So whoever
+ * makes a record sets it before the next operation. A pointer to a record is valid until the next insertion or removal.
  */
-template <class Record>
+template <class Word, class Record>
 class WordMap {
 public:
-    typedef std::uintptr_t Word;
-
     explicit WordMap(unsigned grain) : slots_(nullptr), capacity_(0), count_(0), grain_(grain) {}
     ~WordMap() { std::free(slots_); }
 
@@ -37,17 +36,20 @@ public:
     Record* find(Word key) const {
         if (capacity_ == 0) return nullptr;
         Slot& slot = slots_[placeOf(key)];
-        return slot.used ? &slot.record : nullptr;
+        return slot.record.isSet() ? &slot.record : nullptr;
+    }
+
+    /** Says that `key` will be looked for soon: a large map's memory is far away. */
+    void expect(Word key) const {
+        if (capacity_ != 0) __builtin_prefetch(&slots_[hash(key)]);
     }
 
     /** The record of `key`, which is made if it is absent. */
     Record& operator[](Word key) {
         if (2 * (count_ + 1) > capacity_) grow();
         Slot& slot = slots_[placeOf(key)];
-        if (!slot.used) {
-            slot.used = true;
+        if (!slot.record.isSet()) {
             slot.key = key;
-            slot.record = Record();
             ++count_;
         }
         return slot.record;
@@ -56,17 +58,17 @@ public:
     void erase(Word key) {
         if (capacity_ == 0) return;
         std::size_t hole = placeOf(key);
-        if (!slots_[hole].used) return;
+        if (!slots_[hole].record.isSet()) return;
         --count_;
         // What follows in the run moves back into the hole unless its own place lies behind it.
-        for (std::size_t i = next(hole); slots_[i].used; i = next(i)) {
+        for (std::size_t i = next(hole); slots_[i].record.isSet(); i = next(i)) {
             std::size_t home = hash(slots_[i].key);
             if (((i - home) & (capacity_ - 1)) >= ((i - hole) & (capacity_ - 1))) {
                 slots_[hole] = slots_[i];
                 hole = i;
             }
         }
-        slots_[hole].used = false;
+        slots_[hole].record = Record();
     }
 
     /** Forgets everything; keys may be of another grain from now on. */
@@ -81,13 +83,12 @@ public:
     }
 
 private:
-    static constexpr unsigned GroupBits = 3;
+    static constexpr unsigned GroupBits = 4;
     static constexpr unsigned GroupSize = 1u << GroupBits;
 
     struct Slot {
         Word key;
         Record record;
-        bool used;
     };
 
     /** Fibonacci hashing of the group, by the golden ratio's fraction of 2^64, and a round of mixing (Stafford's). */
@@ -109,7 +110,7 @@ private:
 
     std::size_t placeOf(Word key) const {
         std::size_t i = hash(key);
-        while (slots_[i].used && slots_[i].key != key) i = next(i);
+        while (slots_[i].record.isSet() && slots_[i].key != key) i = next(i);
         return i;
     }
 
@@ -120,7 +121,7 @@ private:
         slots_ = static_cast<Slot*>(std::calloc(capacity_, sizeof(Slot)));
         if (slots_ == nullptr) heap::outOfMemory("qnBinaryTranscriber");
         for (std::size_t i = 0; i < oldCapacity; ++i) {
-            if (old[i].used) slots_[placeOf(old[i].key)] = old[i];
+            if (old[i].record.isSet()) slots_[placeOf(old[i].key)] = old[i];
         }
         std::free(old);
     }

@@ -118,6 +118,18 @@ TEST(BinaryReaderDeathTest, TypesThatCannotBeMade) {
     EXPECT_FATAL(read(Bytes::type(2, "qnDictionary").u8(0x0A).u32(1).u32(2).u32(1)), "XXX baddest news");
 }
 
+TEST(BinaryReaderDeathTest, TypesThatCannotBeRead) {
+    static qnTypeObj unreadable("BinaryReaderFatalTest.Unreadable", 1, Probe::newInstance, Probe::deleteInstance,
+                                nullptr);
+    EXPECT_FATAL(read(Bytes::type(2, unreadable.name).u8(0x0A).u32(1).u32(2).u32(1)), "XXX baddest news");
+}
+
+TEST(BinaryReaderDeathTest, TypesWhoseFactoryMakesNothing) {
+    static qnTypeObj barren(
+        "BinaryReaderFatalTest.Barren", 1, [](qnTypeObj&) -> void* { return nullptr; }, nullptr, Probe::xdr);
+    EXPECT_FATAL(read(Bytes::type(2, barren.name).u8(0x0A).u32(1).u32(2).u32(1)), "XXX baddest news");
+}
+
 TEST(BinaryReaderDeathTest, RecordsThatAreNoObjectPointers) {
     for (unsigned kind : {0u, 3u, 4u, 10u, 13u, 14u}) {
         EXPECT_FATAL(read(root().u8(kind).u32(1).u32(1).u32(1), objectPointer), "XXX bad news!");
@@ -154,6 +166,26 @@ TEST(BinaryReaderDeathTest, ArrayPointersToTypesAndObjects) {
 TEST(BinaryReaderDeathTest, ArraysShorterThanTheirVariableExpects) {
     EXPECT_FATAL(read(root().u8(0x03).u32(3).u32(4).u8(0x45).u8(3).u32(3).u32(3).raw("abc"), fourChars),
                  "format error");
+}
+
+TEST(BinaryReaderDeathTest, ArraysOfMoreBytesThan32BitsCount) {
+    // The count is the stream's, and its bytes would wrap to 4.
+    auto ints = [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.number, 1) && t.xdr(&self.ints, static_cast<unsigned>(self.number));
+    };
+    auto longs = [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.number, 1) && t.xdr(&self.longs, static_cast<unsigned>(self.number));
+    };
+    auto doubles = [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.number, 1) && t.xdr(&self.doubles, static_cast<unsigned>(self.number));
+    };
+    Bytes four = Bytes().u8(0x03).u32(3).u32(4).u8(0x47).u8(4).u32(3).u32(4).u32(7);
+    EXPECT_FATAL(read(root(4).u32(0x40000001) + four, ints), "format error");
+    EXPECT_FATAL(read(root(4).u32(0x40000001) + four, longs), "format error");
+    EXPECT_FATAL(read(root(4).u32(0x20000000) + four, doubles), "format error");
+    // One element less, and it is the array that is too short.
+    EXPECT_FATAL(read(root(4).u32(0x3FFFFFFF) + four, ints), "format error");
+    EXPECT_FATAL(read(root(4).u32(0x3FFFFFFF) + four, longs), "format error");
 }
 
 TEST(BinaryReaderDeathTest, TextWithoutItsEnd) {
@@ -260,6 +292,42 @@ TEST(BinaryReaderDeathTest, DictionariesWithOtherRecordsOrImpossibleTables) {
     EXPECT_FATAL(read(root(28).u32(1).u32(8).u32(8).u32(4).u32(1).u32(1).u32(4), intoDictionary), "format error");
     EXPECT_FATAL(read(root(28).u32(1).u32(8).u32(8).u32(0).u32(1).u32(1).u32(0), intoDictionary), "format error");
     EXPECT_FATAL(read(root(16).u32(0xFFFFFFFF).u32(8).u32(8).u32(31), intoDictionary), "XXX error handling is missing");
+}
+
+// Empty tables of a million buckets are read one after another; each is gone before the next.
+bool thirtyTwoTables(qnTranscriber& t, Probe&) {
+    for (unsigned i = 0; i < 32; ++i) {
+        qnStrStrDictionary dictionary;
+        if (!dictionary.xdr(t)) return false;
+    }
+    return true;
+}
+
+Bytes tables(unsigned n) {
+    Bytes bytes;
+    for (unsigned i = 0; i < n; ++i) bytes.u8(0x40).u8(16).u32(0).u32(8).u32(8).u32(1u << 20);
+    return bytes;
+}
+
+TEST(BinaryReader, EveryGraphMayHaveThirtyTwoEmptyTablesOfAMillionBuckets) {
+    Probe::type();
+    Probe::onRead() = thirtyTwoTables;
+    Bytes records = root() + tables(32).u8(0x0A).u32(3).u32(2).u32(1) + tables(32);
+    qnBinaryReader reader(new MemoryStream(records.str()), 0x1122, 0x33445566, "ieee");
+    for (int graph = 0; graph < 2; ++graph) {
+        Probe* object = static_cast<Probe*>(reader.readObject(Probe::type()));
+        EXPECT_NE(nullptr, object);
+        delete object;
+    }
+    Probe::onRead() = nothing;
+}
+
+TEST(BinaryReaderDeathTest, ManyEmptyTablesOfAMillionBuckets) {
+    // The next one goes past what is believed in one graph.
+    EXPECT_FATAL(
+        read(root() + tables(33),
+             [](qnTranscriber& t, Probe& self) { return thirtyTwoTables(t, self) && intoDictionary(t, self); }),
+        "format error");
 }
 
 TEST(BinaryReader, ADictionaryWithoutBucketsIsReadAsSuch) {

@@ -157,6 +157,144 @@ TEST_F(Reading, TheUnreadRestOfALongRecordIsSkipped) {
     delete root1;
 }
 
+TEST_F(Reading, DataThatGoesOnInATypeRecordEntersTheType) {
+    Bytes records = root(1).raw("a") + Bytes().u8(0x42).u8(1).u32(9).name("qnStr").u8('b');
+    records.u8(0x4A).u8(1).u32(1).u32(2).u32(3).u8('c').u8(0x4C).u8(1).u32(7).u32(0).u8('d');
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe&) {
+        char text[4];
+        return t.xdr(text, 4) && std::string(text, 4) == "abcd";
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(&qnStr_type, reader.alreadyRead(9));
+    delete root1;
+}
+
+TEST_F(Reading, EmptyRecordsAmongTheDataArePassedOver) {
+    Probe* root1 =
+        read(root(1).raw("a").u8(0x00).u8(0x00).u8(0x01).u8(0x40).u8(1).u8('b'), [](qnTranscriber& t, Probe&) {
+            char text[2];
+            return t.xdr(text, 2) && std::string(text, 2) == "ab";
+        });
+    ASSERT_NE(nullptr, root1);
+    delete root1;
+}
+
+TEST_F(Reading, FillTakesKindLengthAndPayloadOfEveryKind) {
+    Probe::type();
+    Bytes records;
+    for (unsigned kind = 0; kind <= 14; ++kind) {
+        records.u8(0x40 | kind).u8(2);
+        if (kind == 2) records.u32(100).name("Probe");
+        if (kind >= 3) records.u32(100 + kind).u32(200 + kind);
+        if (kind == 10) records.u32(300);
+        records.u8(kind).u8('!');
+    }
+    stream->input = records.str();
+    for (unsigned kind = 0; kind <= 14; ++kind) {
+        ASSERT_TRUE(reader.fill());
+        EXPECT_EQ(kind, reader.pendingKind);
+        EXPECT_EQ(2u, reader.bufferCount);
+        EXPECT_EQ(reader.buffer, reader.bufferNext);
+        EXPECT_EQ(static_cast<char>(kind), reader.buffer[0]);
+        EXPECT_EQ('!', reader.buffer[1]);
+        if (kind == 2) {
+            EXPECT_EQ(100u, reader.pendingTypeId);
+        }
+        if (kind >= 3) {
+            EXPECT_EQ(100 + kind, reader.pendingId);
+        }
+        if (kind == 3 || (kind >= 5 && kind <= 9)) {
+            EXPECT_EQ(200 + kind, reader.pendingByteCount);
+        }
+        if (kind == 10) {
+            EXPECT_EQ(210u, reader.pendingTypeId);
+            EXPECT_EQ(300u, reader.pendingVersion);
+        }
+    }
+    EXPECT_TRUE(atEnd());
+    EXPECT_FALSE(reader.fill());
+    EXPECT_EQ(&Probe::type(), reader.alreadyRead(100));
+}
+
+TEST_F(Reading, EverySizeClassGivesItsLength) {
+    stream->input =
+        Bytes().u8(0).u8(0x40).u8(255).fill(255, 'a').u8(0x80).u16(256).fill(256, 'b').u8(0xC0).u32(3).raw("abc").str();
+    for (unsigned length : {0u, 255u, 256u, 3u}) {
+        ASSERT_TRUE(reader.fill());
+        EXPECT_EQ(length, reader.bufferCount);
+    }
+    EXPECT_TRUE(atEnd());
+}
+
+TEST_F(Reading, FillFailsWhereverTheRecordIsCut) {
+    std::string whole = Bytes().u8(0x8A).u16(300).u32(1).u32(2).u32(3).fill(300, 'x').str();
+    for (std::size_t n = 0; n < whole.size(); ++n) {
+        qnBinaryReader other(new MemoryStream(whole.substr(0, n)), 0x1122, 0x33445566, "ieee");
+        EXPECT_FALSE(other.fill()) << n;
+        char c;
+        EXPECT_FALSE(other.readBytes(&c, 1)) << n;
+    }
+}
+
+TEST_F(Reading, NoBytesAreReadWithoutTouchingTheStream) {
+    EXPECT_TRUE(reader.readBytes(nullptr, 0));
+    EXPECT_EQ(0u, stream->position);
+}
+
+TEST_F(Reading, ANameEndsAtItsNul) {
+    stream->input = std::string("abc\0def", 7);
+    qnStackBuffer name;
+    EXPECT_TRUE(reader.readName(name));
+    EXPECT_STREQ("abc", name.base());
+    EXPECT_EQ(4u, name.used());
+    EXPECT_FALSE(reader.readName(name));
+}
+
+TEST_F(Reading, TheQueueGivesBackTheNewest) {
+    int places[2];
+    reader.queue(new qnBinaryReaderItem(&places[0], 7));
+    reader.queue(new qnBinaryReaderItem(&places[1], 8));
+    qnBinaryReaderItem* item = reader.pop();
+    EXPECT_EQ(&places[1], item->address);
+    EXPECT_EQ(8u, item->id);
+    delete item;
+    item = reader.pop();
+    EXPECT_EQ(7u, item->id);
+    delete item;
+    EXPECT_EQ(0u, reader.pendingItems.length());
+}
+
+TEST_F(Reading, AVariableThatTheProgramQueuesGetsAnObjectOrAnArray) {
+    Bytes records = root(0) + instance(4);
+    records.u8(0x45).u8(2).u32(3).u32(2).raw("ab");
+    Probe* root1 = read(records, [this](qnTranscriber&, Probe& self) {
+        if (self.first != nullptr || reader.alreadyRead(4) != nullptr) return true;
+        reader.queue(new qnBinaryReaderItem(&self.chars, 3));
+        reader.queue(new qnBinaryReaderItem(&self.first, 4));
+        return true;
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(reader.alreadyRead(4), root1->first);
+    EXPECT_EQ("ab", std::string(root1->chars, 2));
+    std::free(root1->chars);
+    delete root1->first;
+    delete root1;
+}
+
+TEST_F(Reading, FormsForIntsReadWhatFormsForLongsRead) {
+    for (bool wide : {false, true}) {
+        stream->input += Bytes().u8(0x40).u8(12).u32(0xFFFFFFFF).u32(0x7FFFFFFF).u32(0xFFFFFFFF).str();
+        int i[2] = {};
+        unsigned u = 0;
+        long l[2] = {};
+        unsigned long ul = 0;
+        ASSERT_TRUE(wide ? reader.xdr(l, 2) && reader.xdr(&ul, 1) : reader.xdr(i, 2) && reader.xdr(&u, 1));
+        EXPECT_EQ(-1, wide ? l[0] : i[0]);
+        EXPECT_EQ(2147483647, wide ? l[1] : i[1]);
+        EXPECT_EQ(4294967295ul, wide ? ul : u);
+    }
+}
+
 // Object pointers. The reader takes two words for kinds 4 and 11 to 14.
 
 TEST_F(Reading, ANewPointerIsPatchedWhenItsObjectArrives) {
@@ -269,6 +407,63 @@ TEST_F(Reading, AnArrayThatArrivesBeforeItsPointerIsWidenedForTheFirstThatWantsI
     EXPECT_EQ(root1->longs, reader.alreadyRead(3));
     std::free(root1->longs);
     delete root1;
+}
+
+TEST_F(Reading, AnArrayMayBeSharedByPointersToSeveralTypesOfOneWidth) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(8).u8(0x04).u32(3).u32(0).u8(0x04).u32(3).u32(0);
+    records.u8(0x47).u8(8).u32(3).u32(8).u32(1).u32(2);
+    Probe* root1 = read(records, [](qnTranscriber& t, Probe& self) {
+        return t.xdr(&self.ints, 2) && t.xdr(&self.chars, 8) && t.xdr(&self.doubles, 1);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(1, root1->ints[0]);
+    EXPECT_EQ(2, root1->ints[1]);
+    EXPECT_EQ(static_cast<void*>(root1->ints), root1->chars);
+    EXPECT_EQ(static_cast<void*>(root1->ints), root1->doubles);
+    std::free(root1->ints);
+    delete root1;
+}
+
+TEST_F(Reading, AnArrayMayBeSharedByPointersToLongsAndUnsignedLongs) {
+    Bytes records = root(0).u8(0x03).u32(3).u32(8).u8(0x04).u32(3).u32(0);
+    records.u8(0x47).u8(8).u32(3).u32(8).u32(1).u32(2);
+    Probe* root1 = read(
+        records, [](qnTranscriber& t, Probe& self) { return t.xdr(&self.longs, 2) && t.xdr(&self.unsignedLongs, 2); });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(1, root1->longs[0]);
+    EXPECT_EQ(2, root1->longs[1]);
+    EXPECT_EQ(static_cast<void*>(root1->longs), root1->unsignedLongs);
+    std::free(root1->longs);
+    delete root1;
+}
+
+TEST_F(Reading, AnArrayThatComesAgainUnderItsIdLeavesTheFirstToItsHolders) {
+    stream->input = Bytes().u8(0x45).u8(4).u32(3).u32(4).raw("abcd").str();
+    void* first = reader.readObject(Probe::type());
+    bool isRoot = true;
+    auto body = [&isRoot](qnTranscriber& t, Probe& self) {
+        if (!isRoot) return t.xdr(&self.moreChars, 2);
+        isRoot = false;
+        return t.xdr(&self.chars, 4) && t.xdr(&self.first, nullptr, Probe::type());
+    };
+    Bytes records = root(0).u8(0x04).u32(3).u32(0).u8(0x0B).u32(9).u32(0).u8(0x45).u8(2).u32(3).u32(2).raw("ef");
+    Probe* root1 = read(records + instance(9).u8(0x04).u32(3).u32(0), body);
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(first, root1->chars);
+    EXPECT_EQ("abcd", std::string(root1->chars, 4));
+    EXPECT_EQ("ef", std::string(root1->first->moreChars, 2));
+    std::free(root1->first->moreChars);
+    delete root1->first;
+    std::free(root1->chars);
+    delete root1;
+}
+
+TEST_F(Reading, AnArrayAsRootIsReturned) {
+    stream->input = Bytes().u8(0x46).u8(4).u32(3).u32(4).u16(1).u16(2).str();
+    short* array = static_cast<short*>(reader.readObject(Probe::type()));
+    ASSERT_NE(nullptr, array);
+    EXPECT_EQ(2, array[1]);
+    std::free(array);
 }
 
 TEST_F(Reading, AnArrayOfNothingHasAnAddress) {

@@ -292,6 +292,164 @@ TEST_F(Writing, TheStringFormsCountTheTerminator) {
     EXPECT_EQ(hex(expected.str()), hex(written));
 }
 
+TEST_F(Writing, DataAfterANewArrayPointerBelongsToItsRecordAndAfterAnOldOneToAPlainOne) {
+    short values[] = {1};
+    short* pointer = values;
+    std::string written = graph([&](qnTranscriber& t, Probe&) {
+        char x = 'x', y = 'y';
+        return t.xdr(&pointer, 1) && t.xdr(&x, 1) && t.xdr(&pointer, 1) && t.xdr(&y, 1);
+    });
+    Bytes expected = root(0).u8(0x43).u8(1).u32(3).u32(2).u8('x').u8(0x04).u32(3).u8(0x40).u8(1).u8('y');
+    expected.u8(0x46).u8(2).u32(3).u32(2).u16(1);
+    EXPECT_EQ(hex(expected.str()), hex(written));
+}
+
+TEST_F(Writing, AnArrayAtTheAddressOfAWrittenObjectIsOldAndBearsItsId) {
+    // Identity is the address, whatever stands there.
+    EXPECT_EQ(hex(root(0).u8(0x04).u32(1).str()), hex(graph([](qnTranscriber& t, Probe& self) {
+                  char* pointer = reinterpret_cast<char*>(&self);
+                  return t.xdr(&pointer, 4);
+              })));
+}
+
+TEST_F(Writing, AnArrayOf100000IntsFillsOneRecordAfterAnother) {
+    std::vector<int> values(100000);
+    Bytes expected = root(0).u8(0x03).u32(3).u32(400000);
+    // 781 records of 512 bytes hold 99968 ints, and the last one 128 bytes
+    for (unsigned i = 0; i < 100000; ++i) {
+        values[i] = static_cast<int>(i * 40503u);
+        if (i == 0) expected.u8(0x87).u16(512).u32(3).u32(400000);
+        if (i != 0 && i % 128 == 0 && i != 99968) expected.u8(0x80).u16(512);
+        if (i == 99968) expected.u8(0x40).u8(128);
+        expected.u32(i * 40503u);
+    }
+    int* pointer = values.data();
+    EXPECT_TRUE(expected.str() == graph([&](qnTranscriber& t, Probe&) { return t.xdr(&pointer, 100000); }));
+}
+
+TEST_F(Writing, AnArrayOf100000LongsGivesTheSameBytesAsOneOfInts) {
+    std::vector<int> ints(100000);
+    std::vector<long> longs(100000);
+    for (unsigned i = 0; i < 100000; ++i) longs[i] = ints[i] = static_cast<int>(i * 40503u);
+    int* intPointer = ints.data();
+    long* longPointer = longs.data();
+    std::string first = graph([&](qnTranscriber& t, Probe&) { return t.xdr(&intPointer, 100000); });
+    MemoryStream second;
+    qnRetain(&second);
+    qnBinaryWriter other(&second);
+    Probe object([&](qnTranscriber& t, Probe&) { return t.xdr(&longPointer, 100000); });
+    ASSERT_TRUE(other.writeObject(&object, &object));
+    EXPECT_TRUE(first == second.output);
+}
+
+TEST_F(Writing, FormsForIntsGiveTheBytesOfTheFormsForLongs) {
+    int i[] = {-1, 2147483647};
+    unsigned u[] = {4294967295u};
+    long l[] = {-1, 2147483647L};
+    unsigned long ul[] = {4294967295ul};
+    Bytes expected = Bytes().u8(0x40).u8(12).u32(0xFFFFFFFF).u32(0x7FFFFFFF).u32(0xFFFFFFFF);
+    EXPECT_TRUE(writer.xdr(i, 2) && writer.xdr(u, 1) && writer.flush());
+    EXPECT_EQ(hex(expected.str()), hex(stream.output));
+    stream.output.clear();
+    EXPECT_TRUE(writer.xdr(l, 2) && writer.xdr(ul, 1) && writer.flush());
+    EXPECT_EQ(hex(expected.str()), hex(stream.output));
+}
+
+TEST_F(Writing, ARunOfStringsStopsAtTheFirstThatCannotBeWritten) {
+    MemoryStream full;
+    qnRetain(&full);
+    full.failingPut = 0;
+    qnBinaryWriter other(&full);
+    qnStr strings[3] = {"", "a", "b"};
+    // The empty one only fills the buffer; the text of the second needs a record of its own.
+    EXPECT_FALSE(other.xdr(strings, 3));
+    EXPECT_EQ(1u, full.putsTried);
+    EXPECT_EQ(0u, other.pendingItems.length());
+}
+
+TEST_F(Writing, AFlushWithoutKindAndDataWritesNothing) {
+    EXPECT_TRUE(writer.flush());
+    EXPECT_TRUE(writer.writeBytes("x", 0));
+    EXPECT_TRUE(writer.flush());
+    EXPECT_EQ(0u, stream.putsTried);
+}
+
+TEST_F(Writing, FlushLeavesThePlainKindAndAnEmptyBuffer) {
+    EXPECT_TRUE(writer.writeNullPointer());
+    EXPECT_EQ(1u, writer.pendingKind);
+    EXPECT_TRUE(stream.output.empty());
+    EXPECT_TRUE(writer.writeBytes("ab", 2));
+    EXPECT_EQ(2u, writer.bufferCount);
+    EXPECT_EQ(writer.buffer + 2, writer.bufferNext);
+    EXPECT_TRUE(writer.flush());
+    EXPECT_EQ(hex(Bytes().u8(0x41).u8(2).raw("ab").str()), hex(stream.output));
+    EXPECT_EQ(0u, writer.pendingKind);
+    EXPECT_EQ(0u, writer.bufferCount);
+    EXPECT_EQ(writer.buffer, writer.bufferNext);
+}
+
+TEST_F(Writing, EveryKindHasItsPayload) {
+    writer.pendingId = 0x0A0B0C0D;
+    writer.pendingTypeId = 21;
+    writer.pendingVersion = 22;
+    writer.pendingByteCount = 23;
+    writer.pendingTypeName = "T";
+    Bytes expected;
+    for (unsigned kind = 1; kind <= 14; ++kind) {
+        writer.pendingKind = kind;
+        EXPECT_TRUE(writer.flush());
+        expected.u8(kind);
+        if (kind == 2) expected.u32(21).name("T");
+        if (kind >= 3 && kind != 10) expected.u32(0x0A0B0C0D);
+        if (kind == 3 || (kind >= 5 && kind <= 9)) expected.u32(23);
+        if (kind == 10) expected.u32(0x0A0B0C0D).u32(21).u32(22);
+    }
+    EXPECT_EQ(hex(expected.str()), hex(stream.output));
+}
+
+TEST_F(Writing, IdsComeFromOneCounter) {
+    int a, b;
+    EXPECT_EQ(0u, writer.alreadyWritten(&a));
+    EXPECT_EQ(1u, writer.recordIdForAddress(&a));
+    unsigned long id = 0;
+    EXPECT_TRUE(writer.writeType(Probe::type(), &id));
+    EXPECT_EQ(2u, id);
+    qnBinaryWriterItem* item = new qnBinaryWriterItem();
+    item->address = &b;
+    EXPECT_EQ(3u, writer.queue(item));
+    EXPECT_EQ(3u, writer.alreadyWritten(&b));
+    EXPECT_EQ(4u, writer.nextId);
+    EXPECT_EQ(item, writer.pop());
+    delete item;
+    std::size_t before = stream.output.size();
+    EXPECT_TRUE(writer.writeType(Probe::type(), &id));
+    EXPECT_EQ(2u, id);
+    EXPECT_EQ(before, stream.output.size());
+    EXPECT_EQ(1u, writer.alreadyWritten(&a));
+}
+
+TEST_F(Writing, TheQueueGivesBackTheNewest) {
+    int places[3];
+    qnBinaryWriterItem* items[3];
+    for (int i = 0; i < 3; ++i) {
+        items[i] = new qnBinaryWriterItem();
+        items[i]->address = &places[i];
+        writer.queue(items[i]);
+    }
+    for (int i = 3; i > 0; --i) {
+        EXPECT_EQ(items[i - 1], writer.pop());
+        delete items[i - 1];
+    }
+}
+
+TEST_F(Writing, TheFirstRootHasIdOneAndItsTypeIdTwo) {
+    Probe object([](qnTranscriber&, Probe&) { return true; });
+    ASSERT_TRUE(writer.writeObject(&object, &object));
+    EXPECT_EQ(1u, writer.alreadyWritten(&object));
+    EXPECT_EQ(2u, writer.alreadyWritten(&Probe::type()));
+    EXPECT_EQ(3u, writer.nextId);
+}
+
 TEST_F(Writing, AnArrayOfNoElementsIsARecordWithoutData) {
     int one = 1;
     int* pointer = &one;
@@ -316,6 +474,20 @@ TEST_F(Writing, ABasePartIsWrittenOnceAndReferredToAfterwards) {
         return t.xdr(Shared_type, &self, &base) && t.xdr(Shared_type, &self, &base) && t.xdr(&end, 1);
     });
     EXPECT_EQ(hex(root(0).u8(0x4D).u8(4).u32(3).u32(42).u8(0x4E).u8(1).u32(3).u8('e').str()), hex(written));
+}
+
+TEST_F(Writing, ABasePartAtTheAddressOfAWrittenObjectIsOld) {
+    Probe other;
+    EXPECT_EQ(hex(root(0).u8(0x0E).u32(1).str()),
+              hex(graph([&](qnTranscriber& t, Probe& self) { return t.xdr(Shared_type, &other, &self); })));
+}
+
+TEST_F(Writing, ABasePartThatFailsMakesTheWriteFail) {
+    static qnTypeObj failing("BinaryWriterTest.Failing", 1, nullptr, nullptr,
+                             [](void*, qnTranscriber&) { return false; });
+    Shared base;
+    Probe object([&](qnTranscriber& t, Probe& self) { return t.xdr(failing, &self, &base); });
+    EXPECT_FALSE(writer.writeObject(&object, &object));
 }
 
 TEST_F(Writing, ABaseAtTheObjectsOwnAddressIsNotWritten) {
@@ -492,6 +664,20 @@ TEST_F(Writing, ANullStringIsANullPointer) {
     EXPECT_EQ(hex(root(0).u8(0x01).str()), hex(graph([&](qnTranscriber& t, Probe&) { return t.xdr(&none); })));
 }
 #endif
+
+TEST(BinaryWriterDeathTest, AnArrayOfMoreBytesThan32BitsCountIsRefused) {
+    MemoryStream stream;
+    qnRetain(&stream);
+    qnBinaryWriter writer(&stream);
+    int one = 1;
+    int* ints = &one;
+    EXPECT_EXIT(writer.xdr(&ints, 0x40000001), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: size of 4294967300 bytes exceeds 4294967295\n$");
+    double number = 1;
+    double* doubles = &number;
+    EXPECT_EXIT(writer.xdr(&doubles, 0x20000000), testing::KilledBySignal(SIGABRT),
+                "^qnBinaryWriter::xdr: size of 4294967296 bytes exceeds 4294967295\n$");
+}
 
 TEST(BinaryWriterDeathTest, ReadingAndImpossibleKindsAreFatal) {
     MemoryStream stream;

@@ -76,6 +76,33 @@ TEST(Linear, WritingPrimitiveArrays) {
     });
 }
 
+TEST(Linear, ReadingPrimitiveArrays) {
+    static std::vector<int*> arrays;
+    Probe::type();
+    Probe::onRead() = [](qnTranscriber& t, Probe&) {
+        for (int*& array : arrays) {
+            if (!t.xdr(&array, 4)) return false;
+        }
+        return true;
+    };
+    expectLinear([](unsigned n) {
+        Bytes records = Bytes::type(2, "Probe").u8(0x0A).u32(1).u32(2).u32(1);
+        for (unsigned i = 0; i < n; ++i) records.u8(0x03).u32(i + 3).u32(16);
+        for (unsigned i = n; i > 0; --i) {
+            records.u8(0x47).u8(16).u32(i + 2).u32(16).u32(i).u32(0).u32(0).u32(i);
+        }
+        arrays.assign(n, nullptr);
+        qnBinaryReader reader(new MemoryStream(records.str()), 0x1122, 0x33445566, "ieee");
+        delete static_cast<Probe*>(reader.readObject(Probe::type()));
+        for (unsigned i = 0; i < n; ++i) {
+            ASSERT_NE(nullptr, arrays[i]);
+            ASSERT_EQ(static_cast<int>(i + 1), arrays[i][3]);
+            std::free(arrays[i]);
+        }
+    });
+    Probe::onRead() = [](qnTranscriber&, Probe&) { return true; };
+}
+
 TEST(Linear, WritingAndReadingStrings) {
     expectLinear([](unsigned n) {
         qnStrArray strings(n);

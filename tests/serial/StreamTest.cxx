@@ -90,6 +90,38 @@ TEST_F(File, AnUnknownDirectionOpensForReadingAndFails) {
     EXPECT_FALSE(stream.isWriting());
 }
 
+TEST_F(File, AnUnknownDirectionCreatesAMissingFileAllTheSame) {
+    qnStdioStream stream(path.c_str(), static_cast<qnStream::qnStreamType>(3), 0600);
+    EXPECT_TRUE(stream.hasError());
+    EXPECT_EQ(nullptr, stream.file);
+    EXPECT_EQ(0, access(path.c_str(), F_OK));
+}
+
+TEST_F(File, ADescriptorThatGetsNoFileStaysOpen) {
+    put("x");
+    int next = open(path.c_str(), O_RDONLY);
+    close(next);
+    {
+        qnStdioStream stream(path.c_str(), static_cast<qnStream::qnStreamType>(3), 0644);
+        EXPECT_TRUE(stream.hasError());
+    }
+    EXPECT_EQ(0, close(next)) << "it was the lowest free one";
+}
+
+TEST_F(File, AStreamForBothReadsWhatItWrote) {
+    qnStdioStream stream(path.c_str(), qnStream::ReadWrite, 0600);
+    EXPECT_TRUE(stream.putBytes("abc", 3));
+    std::rewind(stream.file);
+    char c[3];
+    EXPECT_TRUE(stream.getBytes(c, 3));
+    EXPECT_EQ("abc", std::string(c, 3));
+}
+
+TEST_F(File, APathThatIsNullIsAnError) {
+    qnStdioStream stream(static_cast<const char*>(nullptr), qnStream::Write, 0644);
+    EXPECT_TRUE(stream.hasError());
+}
+
 TEST_F(File, AdoptsADescriptorAndClosesIt) {
     put("ab");
     int fd = open(path.c_str(), O_RDONLY);
@@ -174,6 +206,53 @@ TEST_F(File, ElementsTakeTheirStatedSizes) {
     EXPECT_EQ(-6, l[1]);
     EXPECT_EQ(-0.5f, f[1]);
     EXPECT_EQ(-0.25, d[1]);
+}
+
+TEST_F(File, TwoDoublesConsumeSixteenBytes) {
+    put("0123456789abcdef!");
+    qnStdioStream stream(path.c_str(), qnStream::Read, 0);
+    double d[2];
+    char c;
+    EXPECT_TRUE(stream.getDoubles(d, 2));
+    EXPECT_TRUE(stream.getBytes(&c, 1));
+    EXPECT_EQ('!', c);
+}
+
+TEST_F(File, OneLongTakesFourBytesOnEveryMachine) {
+    put("0123!");
+    qnStdioStream stream(path.c_str(), qnStream::Read, 0);
+    long l;
+    char c;
+    EXPECT_TRUE(stream.getLongs(&l, 1));
+    EXPECT_TRUE(stream.getBytes(&c, 1));
+    EXPECT_EQ('!', c);
+}
+
+TEST_F(File, APartOfTheLastElementFailsTheGet) {
+    put("01234");
+    qnStdioStream stream(path.c_str(), qnStream::Read, 0);
+    int i[2];
+    long l[2];
+    short s[3];
+    EXPECT_FALSE(stream.getInts(i, 2));
+    std::rewind(stream.file);
+    EXPECT_FALSE(stream.getLongs(l, 2));
+    std::rewind(stream.file);
+    EXPECT_FALSE(stream.getShorts(s, 3));
+    std::rewind(stream.file);
+    EXPECT_TRUE(stream.getShorts(s, 2));
+}
+
+TEST_F(File, RunsOfNothingSucceed) {
+    put("x");
+    qnStdioStream in(path.c_str(), qnStream::Read, 0);
+    EXPECT_TRUE(in.getBytes(nullptr, 0) && in.getShorts(nullptr, 0) && in.getInts(nullptr, 0) &&
+                in.getLongs(nullptr, 0) && in.getFloats(nullptr, 0) && in.getDoubles(nullptr, 0));
+    char c;
+    EXPECT_TRUE(in.getBytes(&c, 1));
+    qnStdioStream out(path.c_str(), qnStream::Write, 0);
+    EXPECT_TRUE(out.putBytes(nullptr, 0) && out.putShorts(nullptr, 0) && out.putInts(nullptr, 0) &&
+                out.putLongs(nullptr, 0) && out.putFloats(nullptr, 0) && out.putDoubles(nullptr, 0));
 }
 
 TEST_F(File, ManyLongsGoOutAndComeIn) {

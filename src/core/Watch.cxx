@@ -1,3 +1,3 @@
-#include "events/Watch.h"
+#include "core/Watch.h"
 
 Watch* Watch::innermost_ = nullptr;
