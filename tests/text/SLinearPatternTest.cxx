@@ -255,6 +255,21 @@ TEST(SLinearPatternTest, TheWholeBufferMayBeTheMatch) {
     for (std::size_t length = 1; length < 200; ++length) EXPECT_EQ(0, find(patternOf(length), patternOf(length)));
 }
 
+TEST(SLinearPatternTest, FewAlignmentsAndEveryPlaceAmongThem) {
+    for (std::size_t length : {2u, 3u, 16u, 65u}) {
+        std::string pattern = "\xe9" + patternOf(length - 1);
+        for (std::size_t alignments = 1; alignments <= 70; ++alignments) {
+            std::string text(length - 1 + alignments, pattern[length - 1]);
+            EXPECT_EQ(-1, find(pattern, text)) << length << " in " << alignments;
+            for (std::size_t at = 0; at < alignments; ++at) {
+                std::string with = text;
+                with.replace(at, length, pattern);
+                EXPECT_EQ(static_cast<int>(at), find(pattern, with)) << length << " in " << alignments;
+            }
+        }
+    }
+}
+
 TEST(SLinearPatternTest, LongPatternsInTextsThatTheTableSkipsBadly) {
     // The bytes of the text occur near the end of the pattern, so the table moves by one or two.
     for (std::size_t length : {65u, 100u, 255u, 1000u}) {
