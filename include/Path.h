@@ -50,8 +50,8 @@ MORVAQNDS_API char* pathdirname(const char* path);
 MORVAQNDS_API char* pathexpandtilde(const char* path);
 
 /**
- * The target of the symbolic link `path`, at most `size` bytes of it, in a block of more than `size` bytes. Null when
- * `path` is null or not a link that can be read, or `size` is 0.
+ * The target of the symbolic link `path`, at most `size` bytes of it, in a block of `size` bytes, or one more where the
+ * target fills them. Null when `path` is null or not a link that can be read, or `size` is 0.
  *
  * Requires: a target shorter than `size`; a longer one is cut.
  */

@@ -123,7 +123,8 @@ public:
      */
     void cleanup();
 
-    // In place, key by key in the order of iteration. Requires: the keys of both sets are of one kind.
+    // In place, key by key in the order of iteration. Requires: the keys of both sets are of one kind. Keys that are
+    // too short to be looked up as those of the other set end the process.
 
     /** Union: adds every key of `other`. */
     qnSet& operator+=(const qnSet& other);
@@ -167,7 +168,7 @@ private:
     void discard(qnSetBucket* link);
     void detachIters();
     void requireNoKeys(const char* operation) const;
-    void requireLikeKeys(const qnSet& other, const char* operation) const;
+    void requireLikeKeys(const qnSet& other, const qnSet& reader, const char* operation) const;
     bool writeEntries(qnTranscriber& transcriber);
     bool readEntries(qnTranscriber& transcriber, unsigned nbuckets);
 

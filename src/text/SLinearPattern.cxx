@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -46,6 +47,22 @@ constexpr std::size_t SteppedAtFirst = 256;
 constexpr std::size_t ComparedPerByte = 64;
 constexpr std::size_t ComparedAtFirst = 64;
 
+/** Fewer alignments than this fit no block. */
+constexpr std::size_t BlockOfAlignments = 16;
+
+/** The table alone, for texts with so few alignments that preparing for more would take longer than the search. */
+int findInSteps(const unsigned* skip, const char* pattern, std::size_t length, const char* buffer, std::size_t size) {
+    const std::size_t before = length - 1;
+    const char last = pattern[before];
+    for (std::size_t at = before; at < size;) {
+        const char c = buffer[at];
+        if (c == last && std::memcmp(buffer + (at - before), pattern, before) == 0)
+            return static_cast<int>(at - before);
+        at += skip[static_cast<unsigned char>(c)];
+    }
+    return -1;
+}
+
 /** One search for a pattern of two bytes or more. An alignment is the text position of the pattern's last byte. */
 class Search {
 public:
@@ -67,7 +84,7 @@ public:
                 if (at_ >= size_ || at_ - before >= FastSteps) continue;
             }
             if (goInBlocks(endOf(Stretch))) return start();
-            if (!dense_ && at_ + 16 <= size_) {
+            if (!dense_ && at_ + BlockOfAlignments <= size_) {
                 steppedStretch = Stretch;
                 continue;
             }
@@ -138,7 +155,7 @@ private:
         std::size_t stepped = 0;
         std::size_t careful = 0;  // up to here one block is tested at a time
         dense_ = false;
-        while (at_ < end && size_ - at_ >= 16 && !exhausted(at_)) {
+        while (at_ < end && size_ - at_ >= BlockOfAlignments && !exhausted(at_)) {
             if (at_ >= careful && size_ - at_ >= 64) {
                 __m128i half = _mm_or_si128(test(0, last, other), test(16, last, other));
                 __m128i rest = _mm_or_si128(test(32, last, other), test(48, last, other));
@@ -211,7 +228,7 @@ private:
     const char* buffer_;
     std::size_t size_;
     std::size_t at_;
-    std::size_t compared_ = 0;
+    std::uint64_t compared_ = 0;
     std::size_t suspect_ = 0;  // index of the byte of the pattern that differed last
     bool dense_ = false;
 };
@@ -247,6 +264,7 @@ int qnSLinearPattern::findBuffer(const char* buffer, unsigned length) const {
         const void* match = std::memchr(buffer, pattern_[0], size);
         return match == nullptr ? -1 : static_cast<int>(static_cast<const char*>(match) - buffer);
     }
+    if (size - (length_ - 1) < BlockOfAlignments) return findInSteps(skip_, pattern_, length_, buffer, size);
     return static_cast<int>(Search(skip_, pattern_, length_, buffer, size).run());
 }
 

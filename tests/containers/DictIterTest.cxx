@@ -396,6 +396,19 @@ TEST_F(DictIter, InvalidatingALinkOnWhichNobodyStandsChangesNothing) {
     EXPECT_EQ(d.iters.length(), 1u);
 }
 
+TEST_F(DictIter, RegisteredOneThatStandsNowhereIsPassedOver) {
+    qnDictIter nowhere, it;
+    d.addIter(&nowhere);
+    stand(it, 13);
+    d.invalidateIters(nullptr);
+    d.remove(it.getKey());
+    EXPECT_EQ(nowhere.dict, nullptr);
+    EXPECT_EQ(nowhere.flags, 0u);
+    EXPECT_EQ(standing(it), "advanced");
+    EXPECT_EQ(d.iters.length(), 2u);
+    d.removeIter(&nowhere);
+}
+
 TEST_F(DictIter, EntryAddedAheadIsVisitedAndOneAddedBehindIsNot) {
     qnDictIter it;
     stand(it, 8);

@@ -1,6 +1,8 @@
 // What sets say to a caller's error in the checked build, and what the default build makes of it.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "Set.h"
 #include "support/ProbeSet.h"
 
@@ -29,6 +31,18 @@ TEST(SetChecked, SetsWithoutBucketsCombineWithKeysOfAnySize) {
     EXPECT_EQ(wide.count, 0u);
 }
 
+// With a message in every build, as the bytes behind a key are not its own.
+TEST(SetCheckedDeathTest, LookingUpShorterKeysIsFatal) {
+    ProbeSet narrow(5, {3});
+    Wide wide;
+    EXPECT_EXIT(wide += narrow, testing::KilledBySignal(SIGABRT),
+                "^qnSet::operator\\+=: keys of 8 bytes cannot be combined with keys of 4\n$");
+    EXPECT_EXIT(wide -= narrow, testing::KilledBySignal(SIGABRT),
+                "^qnSet::operator-=: keys of 8 bytes cannot be combined with keys of 4\n$");
+    EXPECT_EXIT(narrow *= wide, testing::KilledBySignal(SIGABRT),
+                "^qnSet::operator\\*=: keys of 4 bytes cannot be combined with keys of 8\n$");
+}
+
 #ifdef MORVAQNDS_CHECKED
 
 TEST(SetCheckedDeathTest, RemovingAnIteratorThatIsNotRegisteredIsFatal) {
@@ -41,18 +55,40 @@ TEST(SetCheckedDeathTest, RemovingAnIteratorThatIsNotRegisteredIsFatal) {
                 "^qnSet::removeIter: the iterator is not among the 0 registered\n$");
 }
 
-TEST(SetCheckedDeathTest, CombiningKeysOfDifferentSizesIsFatal) {
+TEST(SetCheckedDeathTest, LookingUpLongerKeysIsFatal) {
     ProbeSet narrow(5, {3});
     Wide wide;
-    EXPECT_EXIT(wide += narrow, testing::KilledBySignal(SIGABRT),
-                "^qnSet::operator\\+=: keys of 8 bytes cannot be combined with keys of 4\n$");
+    EXPECT_EXIT(narrow += wide, testing::KilledBySignal(SIGABRT),
+                "^qnSet::operator\\+=: keys of 4 bytes cannot be combined with keys of 8\n$");
     EXPECT_EXIT(narrow -= wide, testing::KilledBySignal(SIGABRT),
                 "^qnSet::operator-=: keys of 4 bytes cannot be combined with keys of 8\n$");
-    EXPECT_EXIT(narrow *= wide, testing::KilledBySignal(SIGABRT),
-                "^qnSet::operator\\*=: keys of 4 bytes cannot be combined with keys of 8\n$");
+    EXPECT_EXIT(wide *= narrow, testing::KilledBySignal(SIGABRT),
+                "^qnSet::operator\\*=: keys of 8 bytes cannot be combined with keys of 4\n$");
 }
 
 #else
+
+/** The keys {key, 9}, of which a set of four bytes sees the first. */
+void fill(Wide& wide, std::initializer_list<int> keys) {
+    for (int key : keys) {
+        const int record[2] = {key, 9};
+        wide.add(record);
+    }
+}
+
+TEST(SetChecked, LongerKeysAreTakenForTheirFirstBytes) {
+    ProbeSet narrow(5, {3});
+    Wide wide;
+    fill(wide, {3, 4});
+    narrow += wide;
+    EXPECT_EQ(narrow.table(), "3: 3 | 4: 4");
+    wide.cleanup();
+    fill(wide, {4, 7});
+    wide *= narrow;
+    EXPECT_EQ(wide.count, 1u);
+    narrow -= wide;
+    EXPECT_EQ(narrow.table(), "3: 3");
+}
 
 TEST(SetChecked, RemovingAnIteratorThatIsNotRegisteredChangesNothing) {
     ProbeSet s(5, {3});

@@ -56,6 +56,9 @@ static_assert(sizeof(qnSetBuckets) == 24, "an array is 24 bytes");
 static_assert(sizeof(qnSetIters) == 24, "an array is 24 bytes");
 static_assert(sizeof(qnSetBucket) == 8, "a link is two words");
 static_assert(sizeof(qnSetIter) == 20, "an iterator is five words, its virtual table among them");
+// 8 of the root, two arrays, two numbers, and a word that remembers whether an assignment has dismantled the set.
+static_assert(sizeof(qnSet) == 8 + 24 + 4 + 4 + 24 + 4, "one word more than the fields");
+static_assert(sizeof(qnStrSet) == sizeof(qnSet) && sizeof(qnTmpSet) == sizeof(qnSet), "no fields of their own");
 #endif
 static_assert(offsetof(qnSetBucket, entry) == 0, "the entry comes first");
 static_assert(offsetof(qnSetBucket, next) == sizeof(void*), "the next link comes second");

@@ -49,6 +49,9 @@ void expect(int line, const char* expected, Operation operation) {
 
 #ifndef MORVAQNDS_HEAP_IS_SANITIZED
 
+// The library must see them, although programs are compiled with hidden visibility.
+#pragma GCC visibility push(default)
+
 extern "C" {
 
 void* __libc_malloc(std::size_t nbytes);
@@ -78,6 +81,8 @@ void free(void* block) noexcept {
 }
 
 }  // extern "C"
+
+#pragma GCC visibility pop
 
 #endif
 

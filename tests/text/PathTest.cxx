@@ -167,6 +167,10 @@ TEST(PathExpandTildeTest, ALongHomeAndALongRest) {
     EXPECT_EQ(folder + rest, expanded(("~" + rest).c_str()));
 }
 
+TEST(PathExpandTildeTest, NamesOfUsersAreNotTakenApart) {
+    for (const char* path : {"~root:x/y", "~root\n/y", "~ /y", "~~/y", "~\xff\x80/y"}) EXPECT_EQ(path, expanded(path));
+}
+
 TEST(PathExpandTildeTest, NamesOfUsersUpTo255Bytes) {
     std::string path = "~" + std::string(255, 'u') + "/x";
     EXPECT_EQ(path, expanded(path.c_str()));
@@ -203,6 +207,21 @@ TEST_F(SymbolicLinkTest, WhatIsNoLinkGivesNull) {
     EXPECT_EQ(nullptr, symbolicLinkExtendedName(folder_.c_str(), 1024));
     EXPECT_EQ(nullptr, symbolicLinkExtendedName((folder_ + "/none").c_str(), 1024));
     EXPECT_EQ(nullptr, symbolicLinkExtendedName("", 1024));
+}
+
+TEST_F(SymbolicLinkTest, ALinkToItselfHasATarget) {
+    link("link");
+    EXPECT_EQ("link", target(1024));
+}
+
+TEST_F(SymbolicLinkTest, TheTargetIsReadOnceAndNotFollowed) {
+    link("~/$NAME/../x/");
+    EXPECT_EQ("~/$NAME/../x/", target(1024));
+}
+
+TEST_F(SymbolicLinkTest, TheLongestTarget) {
+    link(std::string(4095, 't'));
+    EXPECT_EQ(std::string(4095, 't'), target(4096));
 }
 
 TEST_F(SymbolicLinkTest, NullGivesNull) { EXPECT_EQ(nullptr, symbolicLinkExtendedName(nullptr, 1024)); }

@@ -118,6 +118,35 @@ TEST(RegExTest, TheBaseServesBothKinds) {
     EXPECT_EQ((Bracket{2, 4}), bracket(*pattern, "abb+c", 5));
 }
 
+// The number of an operation among the virtual operations, as a pointer to it holds it: after the two entries of the
+// destructor.
+template <class Member>
+unsigned slot(Member operation) {
+    std::ptrdiff_t encoded;
+    std::memcpy(&encoded, &operation, sizeof encoded);
+    return static_cast<unsigned>((encoded - 1) / static_cast<std::ptrdiff_t>(sizeof(void*))) - 1;
+}
+
+TEST(RegExTest, TheVirtualOperationsStandInTheirSlots) {
+    EXPECT_EQ(1u, slot(&qnTextPattern::findBuffer));
+    EXPECT_EQ(2u, slot(&qnTextPattern::findEndBuffer));
+    EXPECT_EQ(3u, slot(&qnTextPattern::bracketBuffer));
+    EXPECT_EQ(3u, slot(&qnRegEx::bracketBuffer));
+    EXPECT_EQ(3u, slot(&qnSLinearPattern::bracketBuffer));
+}
+
+/** The pointer behind the int of the base. */
+const void* expressionOf(const qnRegEx& pattern) {
+    const void* expression;
+    std::memcpy(&expression, reinterpret_cast<const char*>(&pattern) + 2 * sizeof(void*), sizeof expression);
+    return expression;
+}
+
+TEST(RegExTest, TheExpressionIsNullWhenThePatternDidNotCompile) {
+    EXPECT_EQ(nullptr, expressionOf(qnRegEx("(")));
+    EXPECT_NE(nullptr, expressionOf(qnRegEx("a")));
+}
+
 /** Shows the int of the base. */
 struct Revealed : qnRegEx {
     Revealed() : qnRegEx("a") {}

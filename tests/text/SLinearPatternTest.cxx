@@ -162,6 +162,50 @@ TEST(SLinearPatternTest, TheRightmostDistanceOfAByteCountsAndTheLastByteHasNone)
     EXPECT_EQ(104, find(head + "abab", head + "abaa" + head + "abab"));
 }
 
+/** A pattern's fields, behind the virtual table and the int of the base. */
+struct Fields {
+    unsigned skip[256];
+    const char* pattern;
+    unsigned length;
+    explicit Fields(const qnSLinearPattern& from) {
+        const char* at = reinterpret_cast<const char*>(&from) + sizeof(void*) + sizeof(int);
+        std::memcpy(skip, at, sizeof skip);
+        at += sizeof skip + (sizeof(void*) - sizeof(int));  // to a pointer's alignment
+        std::memcpy(&pattern, at, sizeof pattern);
+        std::memcpy(&length, at + sizeof pattern, sizeof length);
+    }
+    unsigned of(char c) const { return skip[static_cast<unsigned char>(c)]; }
+};
+
+TEST(SLinearPatternTest, TheTableHoldsTheLengthAndTheRightmostDistancesWithoutTheLastByte) {
+    const char text[] = "ab\xe9zab\xe9q";
+    qnSLinearPattern pattern(text);
+    Fields fields(pattern);
+    EXPECT_EQ(8u, fields.length);
+    ASSERT_NE(nullptr, fields.pattern);
+    EXPECT_NE(text, fields.pattern);
+    EXPECT_EQ(0, std::memcmp(text, fields.pattern, 8));
+    EXPECT_EQ(3u, fields.of('a'));
+    EXPECT_EQ(2u, fields.of('b'));
+    EXPECT_EQ(1u, fields.of('\xe9'));
+    EXPECT_EQ(4u, fields.of('z'));
+    EXPECT_EQ(8u, fields.of('q'));
+    for (int c = 0; c < 256; ++c) {
+        bool isSkippedLess = std::memchr("abz\xe9", c, 4) != nullptr;
+        EXPECT_EQ(isSkippedLess, fields.skip[c] != 8u) << c;
+    }
+}
+
+TEST(SLinearPatternTest, TheTableOfOneByteHoldsOnesAndThatOfNoneZeros) {
+    qnSLinearPattern one("a"), none("");
+    EXPECT_EQ(1u, Fields(one).length);
+    EXPECT_EQ(0u, Fields(none).length);
+    for (int c = 0; c < 256; ++c) {
+        EXPECT_EQ(1u, Fields(one).skip[c]) << c;
+        EXPECT_EQ(0u, Fields(none).skip[c]) << c;
+    }
+}
+
 TEST(SLinearPatternTest, EveryByteIsFound) {
     std::string all;
     for (int c = 255; c >= 0; --c) all += static_cast<char>(c);
@@ -209,6 +253,21 @@ TEST(SLinearPatternTest, PatternsOf1And2And255And1000Bytes) {
 
 TEST(SLinearPatternTest, TheWholeBufferMayBeTheMatch) {
     for (std::size_t length = 1; length < 200; ++length) EXPECT_EQ(0, find(patternOf(length), patternOf(length)));
+}
+
+TEST(SLinearPatternTest, FewAlignmentsAndEveryPlaceAmongThem) {
+    for (std::size_t length : {2u, 3u, 16u, 65u}) {
+        std::string pattern = "\xe9" + patternOf(length - 1);
+        for (std::size_t alignments = 1; alignments <= 70; ++alignments) {
+            std::string text(length - 1 + alignments, pattern[length - 1]);
+            EXPECT_EQ(-1, find(pattern, text)) << length << " in " << alignments;
+            for (std::size_t at = 0; at < alignments; ++at) {
+                std::string with = text;
+                with.replace(at, length, pattern);
+                EXPECT_EQ(static_cast<int>(at), find(pattern, with)) << length << " in " << alignments;
+            }
+        }
+    }
 }
 
 TEST(SLinearPatternTest, LongPatternsInTextsThatTheTableSkipsBadly) {

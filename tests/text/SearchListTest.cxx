@@ -262,6 +262,26 @@ TEST(SearchListTest, EntriesThatComeAndGoDuringTheSearch) {
     EXPECT_EQ(child, waitpid(child, &status, 0));
 }
 
+TEST(SearchListTest, DirectoriesAreClosedAgain) {
+    Folder folder({"a"});
+    auto lowestFree = [] {
+        int fd = open("/dev/null", O_RDONLY);
+        close(fd);
+        return fd;
+    };
+    int before = lowestFree();
+    qnSearchList list((folder.path() + ":/does/not/exist:" + folder.path()).c_str(), "a");
+    list.regexp("(");
+    EXPECT_EQ(before, lowestFree());
+}
+
+TEST(SearchListTest, APipeInTheListIsSkippedWithoutWaiting) {
+    Folder folder({"a"});
+    std::string pipe = folder.path() + "/pipe";
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    EXPECT_EQ(Names{folder.path() + "/a"}, found(pipe + ":" + folder.path(), "a"));
+}
+
 // ---- The expression ----
 
 TEST(SearchListTest, AnExpressionThatDoesNotCompileFindsNothing) {
@@ -292,6 +312,13 @@ TEST(SearchListTest, AnEmptySearchListFindsNothing) {
     qnSearchList list("", ".*");
     list.recalc();
     EXPECT_EQ(0u, list.length());
+}
+
+TEST(SearchListTest, TheExpressionStandsBeforeTheDirectories) {
+    qnSearchList list("/does/not/exist", "a+");
+    const qnStr* fields = reinterpret_cast<const qnStr*>(reinterpret_cast<const char*>(&list) + sizeof(qnStrArray));
+    EXPECT_STREQ("a+", fields[0].text());
+    EXPECT_STREQ("/does/not/exist", fields[1].text());
 }
 
 TEST(SearchListTest, NullArgumentsAreEmptyTexts) {
@@ -360,6 +387,18 @@ TEST(SearchListTest, ANameOfTheListMayBeTheNextSearchList) {
     list.searchCriteria(list.elements()[0].text(), "a");
     EXPECT_EQ(Names{inner + "/a"}, namesOf(list));
     unlink((inner + "/a").c_str());
+}
+
+TEST(SearchListTest, NamesOfTheListMayBeBothCriteria) {
+    Folder folder;
+    folder.addFolder("inner");
+    qnSearchList list(folder.path().c_str(), "inner");
+    ASSERT_EQ(1u, list.length());
+    // The directory's name matches no entry of its own.
+    list.searchCriteria(list.elements()[0].text(), list.elements()[0].text());
+    EXPECT_EQ(0u, list.length());
+    list.regexp("[.]");
+    EXPECT_EQ(Names{folder.path() + "/inner/."}, namesOf(list));
 }
 
 TEST(SearchListTest, TheNamesAreAnArrayThatTheNextSearchEmpties) {

@@ -1,5 +1,3 @@
-#include "Path.h"
-
 #include <pwd.h>
 #include <unistd.h>
 
@@ -8,6 +6,7 @@
 #include <cstring>
 
 #include "Checked.h"
+#include "Path.h"
 #include "core/Heap.h"
 
 namespace {
@@ -142,8 +141,9 @@ char* pathexpandtilde(const char* path) {
 }
 
 char* symbolicLinkExtendedName(const char* path, unsigned size) {
+    const char* const operation = "symbolicLinkExtendedName";
     if (path == nullptr) return nullptr;
-    char* target = static_cast<char*>(heap::allocate(std::size_t(size) + 1, "symbolicLinkExtendedName"));
+    char* target = static_cast<char*>(heap::allocate(size, operation));
     ssize_t length = readlink(path, target, size);
     if (length < 1) {
         std::free(target);
@@ -151,6 +151,10 @@ char* symbolicLinkExtendedName(const char* path, unsigned size) {
     }
     MORVAQNDS_REQUIRE(static_cast<std::size_t>(length) < size,
                       "symbolicLinkExtendedName: target of %s does not fit %u bytes", path, size);
+    // A target that fills the block needs one byte more.
+    if (static_cast<std::size_t>(length) == size) {
+        target = static_cast<char*>(heap::reallocate(target, std::size_t(size) + 1, operation));
+    }
     target[length] = 0;
     return target;
 }
