@@ -28,7 +28,7 @@ MORVAQNDS_API int message_sprintf(char* buffer, const char* format, int minusOne
 
 /**
  * Splits `path` into `directory` and `leaf`, NUL-terminated texts for which there is room as the capacities say, the
- * NUL counted. Returns a status that `qnPath::split` passes on.
+ * NUL counted, and which overlap neither each other nor `path`. Returns a status that `qnPath::split` passes on.
  *
  * The stand-in splits at the last slash and drops it; without a slash the directory is empty. It cuts texts that do not
  * fit, writes nothing where the capacity is 0, and returns 0, or -1 if it had to cut.

@@ -94,6 +94,17 @@ TEST(StrSet, EmptyTextIsAKeyLikeOthers) {
     EXPECT_NE(s.buckets.elements()[0], nullptr) << "the empty text hashes to 0";
 }
 
+// Deliberate: strings are ordered, and found, by their text up to the first NUL.
+TEST(StrSet, KeysOfOneChainAreComparedUpToTheirFirstNul) {
+    qnStrSet s(1);
+    qnStr first("a\0b", 3u), second("a\0c", 3u);
+    s.add(&first);
+    s.add(&second);
+    EXPECT_EQ(s.count, 1u);
+    ASSERT_NE(s.find(&second), nullptr);
+    EXPECT_TRUE(*static_cast<const qnStr*>(s.find(&second)) == first) << "the stored key stays, NUL and all";
+}
+
 TEST(StrSet, RemovesByTheStoredKeyItself) {
     qnStrSet s;
     put(s, longText);
