@@ -429,6 +429,37 @@ TEST(ArraySort, OfReversedInputDoesNotUseTheMachinesStack) {
     for (unsigned i = 0; i < n; ++i) ASSERT_EQ(static_cast<int>(n), a.elements()[i]) << i;
 }
 
+/**
+ * Compares by place: upwards all are less than the pivot; downwards two are greater and the third is not. A scan that
+ * goes down starts where the one that went up stopped, and goes on beside it.
+ */
+class PlaceLine : public qnIntArray {
+public:
+    explicit PlaceLine(unsigned count) : qnIntArray(count) {}
+    int compareElements(const void* a, const void*) const override {
+        const std::ptrdiff_t place = (static_cast<const char*>(a) - data) / static_cast<int>(sizeof(int));
+        const bool down = place == last_ || place == last_ - 1;
+        greater_ = down ? greater_ + 1 : 0;
+        last_ = place;
+        return !down ? -1 : greater_ <= 2 ? 1 : 0;
+    }
+
+private:
+    mutable std::ptrdiff_t last_ = -5;
+    mutable unsigned greater_ = 0;
+};
+
+// Nothing is exchanged, so the scratch stays the first element. Every partition of the lower side splits off two
+// elements at its end, which wait, and makes the one before them the scratch; of the two, the first becomes the scratch
+// and the second stays. 200 pairs wait at last.
+TEST(ArraySort, OfManyRangesThatWaitLosesNone) {
+    const unsigned n = 600;
+    PlaceLine a(n);
+    for (unsigned i = 0; i < n; ++i) a.elements()[i] = static_cast<int>(i + 1);
+    a.qsort();
+    for (unsigned i = 0; i < n; ++i) ASSERT_EQ(i % 3 == 2 ? static_cast<int>(i + 1) : 1, a.elements()[i]) << i;
+}
+
 // Long runs of equal elements are halved, as both scans stop at them. (Different elements in this number would take
 // hours: each partition splits off one.) The scratch is a 0 as long as zeros are left and a 1 from the first exchange
 // of ones on, so every closing step puts what is there.

@@ -749,6 +749,25 @@ TEST(ObjectTable, TellsAddressesTwoToThe32Apart) {
     EXPECT_EQ(2u, *static_cast<qnBinaryOTDict::Word*>(static_cast<qnDictionary&>(table).find(&high, &where)));
 }
 
+TEST(ObjectTable, RemovingAllFinishesItsIteratorsAndLeavesItUsable) {
+    qnBinaryOTDict table;
+    // Hashes 0 to 99 in 31 chains
+    for (qnBinaryOTDict::Word key = 0; key < 400; key += 4) table.addInternal(&key, &key);
+    qnBinaryOTDictIter first(table), second(table);
+    for (int i = 0; i < 50; ++i) ++second;
+    table.removeAll();
+    EXPECT_EQ(0u, table.count);
+    for (unsigned bucket = 0; bucket < 31; ++bucket) EXPECT_EQ(nullptr, table.buckets.elements()[bucket]) << bucket;
+    EXPECT_EQ(nullptr, first.dict);
+    EXPECT_EQ(nullptr, second.dict);
+    qnBinaryOTDict::Word key = 8, value = 5;
+    EXPECT_EQ(nullptr, table.find(&key, nullptr));
+    table.addInternal(&key, &value);
+    EXPECT_EQ(1u, table.count);
+    ASSERT_NE(nullptr, table.find(&key, nullptr));
+    EXPECT_EQ(5u, *static_cast<const qnBinaryOTDict::Word*>(table.find(&key, nullptr)));
+}
+
 TEST(ObjectTable, IteratorsFollowRemoval) {
     qnBinaryOTDict table;
     for (qnBinaryOTDict::Word key = 4; key <= 40; key += 4) table.addInternal(&key, &key);

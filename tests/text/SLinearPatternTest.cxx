@@ -292,6 +292,18 @@ TEST(SLinearPatternTest, TextsThatAlmostMatchEverywhereTakeLinearTime) {
     EXPECT_EQ(1000000, find(repeated, text + repeated));
 }
 
+TEST(SLinearPatternTest, TextsThatDifferAtAnotherByteEveryTimeTakeLinearTime) {
+    // The pattern is one byte longer than a run with its end. From an end the search goes to the start of a run, and
+    // from there by single steps, each of which has the end of a run at another place.
+    std::string pattern(10001, 'a');
+    std::string text;
+    for (int i = 0; i < 100; ++i) text += std::string(9999, 'a') + "b";
+    EXPECT_EQ(-1, find(pattern, text));
+    EXPECT_EQ(1000000, find(pattern, text + pattern));
+    EXPECT_EQ(1000000, find(pattern, text + pattern + text));
+    EXPECT_EQ(-1, find(pattern, text + std::string(10000, 'a')));
+}
+
 TEST(SLinearPatternTest, ThePatternOfOneRepeatedByte) {
     for (std::size_t length : {2u, 16u, 64u, 65u, 500u}) {
         std::string run(length, 'a');
