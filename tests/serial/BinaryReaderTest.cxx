@@ -365,6 +365,46 @@ TEST_F(Reading, AnArrayIsPatchedIntoItsVariableWhenItArrives) {
     delete root1;
 }
 
+TEST_F(Reading, ArraysOfTheOtherElementsArriveInTheirVariables) {
+    // A pointer record has the id and the bytes; the arrays come in the reverse order.
+    Bytes records = root(0).u8(0x03).u32(3).u32(2).u8(0x03).u32(4).u32(4).u8(0x03).u32(5).u32(2);
+    records.u8(0x03).u32(6).u32(4).u8(0x03).u32(7).u32(8).u8(0x03).u32(8).u32(3);
+    records.u8(0x45).u8(3).u32(8).u32(3).u8('a').u8(0xE9).u8(0);
+    records.u8(0x48).u8(8).u32(7).u32(8).f32(0.5f).f32(-2.0f);
+    records.u8(0x47).u8(4).u32(6).u32(4).u32(0xFFFFFFFF);
+    records.u8(0x46).u8(2).u32(5).u32(2).u16(0xFFFE);
+    records.u8(0x46).u8(4).u32(4).u32(4).u16(0xFFFF).u16(7);
+    records.u8(0x45).u8(2).u32(3).u32(2).u8(0xFF).u8(1);
+    unsigned char* bytes = nullptr;
+    short* shorts = nullptr;
+    unsigned short* unsignedShorts = nullptr;
+    unsigned* unsignedInts = nullptr;
+    float* floats = nullptr;
+    unsigned char* string = nullptr;
+    Probe* root1 = read(records, [&](qnTranscriber& t, Probe&) {
+        return t.xdr(&bytes, 2) && t.xdr(&shorts, 2) && t.xdr(&unsignedShorts, 1) && t.xdr(&unsignedInts, 1) &&
+               t.xdr(&floats, 2) && t.xdr(&string);
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_TRUE(atEnd());
+    EXPECT_EQ(255, bytes[0]);
+    EXPECT_EQ(1, bytes[1]);
+    EXPECT_EQ(-1, shorts[0]);
+    EXPECT_EQ(7, shorts[1]);
+    EXPECT_EQ(65534, unsignedShorts[0]);
+    EXPECT_EQ(4294967295u, unsignedInts[0]);
+    EXPECT_EQ(0.5f, floats[0]);
+    EXPECT_EQ(-2.0f, floats[1]);
+    EXPECT_EQ('a', string[0]);
+    EXPECT_EQ(0xE9, string[1]);
+    EXPECT_EQ(0, string[2]);
+    for (void* block : {static_cast<void*>(bytes), static_cast<void*>(shorts), static_cast<void*>(unsignedShorts),
+                        static_cast<void*>(unsignedInts), static_cast<void*>(floats), static_cast<void*>(string)}) {
+        std::free(block);
+    }
+    delete root1;
+}
+
 TEST_F(Reading, ASharedArrayHasOneAddress) {
     Bytes records = root(0).u8(0x03).u32(3).u32(4).u8(0x04).u32(3).u32(0).u8(0x45).u8(4).u32(3).u32(4).raw("wxyz");
     Probe* root1 =

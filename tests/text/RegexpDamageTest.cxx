@@ -200,4 +200,40 @@ TEST(RegexpDamageTest, FaultsAreReportedOnHostileTextsToo) {
     EXPECT_EQ(Messages{}, regexpMessages());
 }
 
+/** The offset of EXACTLY with this one-character operand and, behind it, this byte; 0 if there is none. */
+std::size_t literalBefore(const Expression& expression, unsigned char operand, unsigned char next) {
+    for (std::size_t offset = 1; offset < 80; ++offset) {
+        if (programByte(expression, offset) == 8 && programByte(expression, offset + 3) == operand &&
+            programByte(expression, offset + 4) == 0 && programByte(expression, offset + 5) == next) {
+            return offset;
+        }
+    }
+    return 0;
+}
+
+TEST(RegexpDamageTest, AMissingLinkIsReportedOnHostileTextsToo) {
+    Expression expression = compile("(x+x+)+[yz]|xq*z");
+    const std::size_t literal = literalBefore(expression, 'x', 10);  // STAR
+    ASSERT_NE(0u, literal);
+    programByte(expression, literal + 1) = 0;
+    programByte(expression, literal + 2) = 0;
+    EXPECT_EQ(0, search(expression, std::string(20000, 'x').c_str()));
+    ASSERT_FALSE(regexpMessages().empty());
+    EXPECT_EQ(Messages(regexpMessages().size(), "corrupted pointers"), regexpMessages());
+}
+
+TEST(RegexpDamageTest, ARepeatOverWhatCannotBeRepeatedIsReportedOnHostileTextsToo) {
+    Expression expression = compile("(x+x+)+[yz]|q*z");
+    const std::size_t literal = literalBefore(expression, 'q', 8);  // EXACTLY "z"
+    ASSERT_NE(0u, literal);
+    programByte(expression, literal) = 9;  // NOTHING
+    EXPECT_EQ(0, search(expression, std::string(20000, 'x').c_str()));
+    ASSERT_FALSE(regexpMessages().empty());
+    EXPECT_EQ(Messages(regexpMessages().size(), "internal foulup"), regexpMessages());
+
+    // It counts zero, so that what follows it can match.
+    EXPECT_EQ(1, search(expression, (std::string(20000, 'x') + "q" + "z").c_str()));
+    EXPECT_EQ("z", group(expression));
+}
+
 }  // namespace RegexpDamageTest

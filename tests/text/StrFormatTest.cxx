@@ -123,6 +123,8 @@ TEST(StrFormat, EveryConversionTakesWhatItsLengthSays) {
     EXPECT_EQ("0x1p+0 0X1P+1 tail", bytes(formatted("%a %A %s", 1.0, 2.0, tail)));
     EXPECT_EQ("1.0e+00 1.5 tail", bytes(formatted("%.1Le %LG %s", 1.0L, 1.5L, tail)));
     EXPECT_EQ("wide W tail", bytes(formatted("%ls %S %s", L"wide", L"W", tail)));
+    // What the estimate takes for a string is plain text behind the wide character.
+    EXPECT_EQ("Ws tail", bytes(formatted("%Cs %s", std::wint_t(L'W'), tail)));
     EXPECT_EQ("+001|  2|3  |0x4 tail", bytes(formatted("%+04d|% 3d|%-3d|%#x %s", 1, 2, 3, 4u, tail)));
     errno = ENOENT;
     EXPECT_EQ(std::string(std::strerror(ENOENT)) + " tail", bytes(formatted("%m %s", tail)));
