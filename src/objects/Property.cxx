@@ -9,6 +9,7 @@
 #include "core/Heap.h"
 
 qnProperty::qnProperty(unsigned short tag, unsigned short type) : refCount(0), tag_(tag), type_(type) {
+    MORVAQNDS_REQUIRE(qn_nextDataType != nullptr, "qnProperty::qnProperty: the toolkit is not initialised");
     std::memset(&value_, 0, sizeof value_);
 }
 
