@@ -54,7 +54,7 @@ extern MORVAQNDS_API qnSequencer* qn_nextDataType;
 class MORVAQNDS_API qnData {
 public:
     explicit qnData(unsigned short type) : refCount(0), type_(type) {}
-    virtual ~qnData();
+    virtual ~qnData() {}
 
     /** A printable name of the type of value. Deliberate: most kinds of box answer "TYPE". */
     virtual const char* dataName() const = 0;

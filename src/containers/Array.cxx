@@ -77,6 +77,7 @@ void qnArray::getmem() {
 }
 
 void qnArray::expand() {
+    // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result): at most 2^18
     maxBytes = heap::checkedSize(std::uint64_t(maxBytes) + GrowthElements * elementSize, "qnArray::expand");
     getmem();
 }

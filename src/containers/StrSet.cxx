@@ -12,6 +12,7 @@ qnStrSet::qnStrSet(qnTypeObj& type) : qnSet(type) { keySize = sizeof(qnStr); }
 qnStrSet::~qnStrSet() { cleanup(); }
 
 bool qnStrSet::xdr(qnTranscriber& transcriber) {
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): a dismantled set is a bare root object
     return isDismantled() ? qnXDRObj::xdr(transcriber) : doxdr(transcriber);
 }
 

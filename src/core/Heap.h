@@ -37,9 +37,11 @@ inline void* reallocate(void* block, std::size_t nbytes, const char* operation) 
 /** An object for `delete`, made with `new`. */
 template <class Object, class... Arguments>
 Object* create(const char* operation, Arguments&&... arguments) {
-    Object* object = new (std::nothrow) Object(std::forward<Arguments>(arguments)...);
-    if (object == nullptr) outOfMemory(operation);
-    return object;
+    try {
+        return new Object(std::forward<Arguments>(arguments)...);
+    } catch (const std::bad_alloc&) {
+        outOfMemory(operation);
+    }
 }
 
 /** `nbytes` as a 32-bit size; ends the process when it has none. */

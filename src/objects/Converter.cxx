@@ -77,6 +77,7 @@ void CCharPtr2float(void* input, char* text) {
     qnDeliver<float>(input, text == nullptr ? 0.0f : static_cast<float>(std::atof(text)));
 }
 void CCharPtr2Str(void* input, char* text) { qnDeliver<qnStr>(input, qnStr(static_cast<const char*>(text))); }
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the form of a delivery
 void CStr2CharPtr(void* input, qnStr value) { qnDeliver<char*>(input, const_cast<char*>(value.text())); }
 
 template <class Value>

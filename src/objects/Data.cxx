@@ -1,7 +1,5 @@
 #include "Data.h"
 
-qnData::~qnData() {}
-
 qnCharPtrData::~qnCharPtrData() { std::free(value_); }
 
 const char* qnCharPtrData::dataName() const { return "char *"; }

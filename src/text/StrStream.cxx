@@ -45,6 +45,7 @@ std::istream& operator>>(std::istream& is, qnStr& s) {
 
 std::istream& _delimiter(std::istream& is, char c) {
     if (qnStr::delim_idx < 0) qnStr::delim_idx = std::ios_base::xalloc();
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): it is read back as a char
     is.iword(qnStr::delim_idx) = c;
     return is;
 }

@@ -291,7 +291,9 @@ void Lockstep::recordMatch() {
     captures.start[0] = walk[0];
     captures.end[0] = place;
     for (std::uint32_t group = 1; group <= plan.groupCount; ++group) {
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): every slot is set before a match
         captures.start[group] = walk[2 * group - 1];
+        // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result): at most nine groups
         captures.end[group] = walk[2 * group];
     }
     matched = reachedEnd = true;

@@ -15,6 +15,7 @@
 #include "OrderedGlobal.h"
 #include "Str.h"
 #include "StrArray.h"
+#include "StrSet.h"
 #include "StrStrDictionary.h"
 #include "support/MemoryStream.h"
 
@@ -50,7 +51,8 @@ public:
         return t.xdr(qnXDRObj_type, this, static_cast<qnXDRObj*>(this)) && t.xdr(&letter, 1) && t.xdr(&small, 1) &&
                t.xdr(&number, 1) && t.xdr(&large, 1) && t.xdr(&unsignedLarge, 1) && t.xdr(&fraction, 1) &&
                t.xdr(&precise, 1) && text.xdr(t) && empty.xdr(t) && longs.xdr(t) && unsignedLongs.xdr(t) &&
-               t.xdr(&longPointer, 3) && t.xdr(&unsignedPointer, 1) && names.xdr(t) && shorts.xdr(t) && pairs.xdr(t);
+               t.xdr(&longPointer, 3) && t.xdr(&unsignedPointer, 1) && names.xdr(t) && shorts.xdr(t) && pairs.xdr(t) &&
+               words.xdr(t);
     }
     static void* newInstance(qnTypeObj& type) { return new Everything(type); }
     static void deleteInstance(void* object) { delete static_cast<Everything*>(object); }
@@ -74,6 +76,7 @@ public:
     qnStrArray names;
     qnShortArray shorts;
     qnStrStrDictionary pairs;
+    qnStrSet words;
 };
 qnTypeObj Everything_type("golden.Everything", 1, Everything::newInstance, Everything::deleteInstance, Everything::xdr);
 qnTypeObj& Everything::getTypeObj() const { return Everything_type; }
@@ -110,6 +113,7 @@ void Everything::set() {
     for (const char* word : {"one", "two", "three", "four", "seventeen"}) {
         qnStr key(word), value(qnStr("value of ") + word);
         pairs.addInternal(&key, &value);
+        words.add(&value);
     }
 }
 
@@ -140,6 +144,9 @@ void Everything::expect() const {
     const qnStr* value = static_cast<const qnStr*>(pairs.find(&key, nullptr));
     ASSERT_NE(nullptr, value);
     EXPECT_TRUE(*value == "value of seventeen");
+    EXPECT_EQ(5u, words.count);
+    EXPECT_TRUE(words.contains(value));
+    EXPECT_FALSE(words.contains(&key));
 }
 
 std::string write() {
