@@ -19,8 +19,8 @@ class MORVAQNDS_API qnConverter : public qnInputChannel {
 public:
     /** Registers a conversion. Must live as long as the process. */
     qnConverter(unsigned short from, unsigned short to, qnDeliverFunc fn);
-    /** Lets go of the input that it was spliced to. Requires: not a registered prototype. */
-    ~qnConverter() {}
+    /** Lets go of the input that it was spliced to; a prototype leaves the registry. */
+    ~qnConverter();
 
     /**
      * A new converter for one connection, owned by nobody yet; null when no conversion from `from` to `to` is

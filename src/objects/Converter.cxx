@@ -100,6 +100,15 @@ qnConverter::qnConverter(const qnConverter& prototype, Instance)
     flagsAndType_ |= IsConverter;
 }
 
+qnConverter::~qnConverter() {
+    if (isConverter()) return;
+    for (qnConverter** place = &qn_theConverters; *place != nullptr; place = &(*place)->next_) {
+        if (*place != this) continue;
+        *place = next_;
+        return;
+    }
+}
+
 qnConverter* qnConverter::findConverter(unsigned short from, unsigned short to) {
     for (qnConverter* prototype = qn_theConverters; prototype != nullptr; prototype = prototype->next_) {
         if (prototype->getType() == from && prototype->targetType_ == to) {

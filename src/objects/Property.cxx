@@ -134,7 +134,7 @@ void qnProperty::setAsCharPtr(const char* text, qnBool owned) {
 void qnProperty::setAsStr(const qnStr& value) {
     requireKind(qnDT_qnStr, "setAsStr");
     if (value_.string == nullptr) {
-        value_.string = new qnStr(value);  // after cleanup
+        value_.string = heap::create<qnStr>("qnProperty::setAsStr", value);  // after cleanup
     } else {
         *value_.string = value;
     }
