@@ -19,6 +19,8 @@
  *     qn_theExecutive->open();
  *     qn_theExecutive->loop();                    // until editor.close() is called
  *
+ * Deliberate: one that is never opened keeps the loop running too, until it is closed.
+ *
  * Requires: an application that was never opened is closed before it is destroyed. Otherwise it stays registered (the
  * loop goes on, but nothing is called on it); a checked build ends the process.
  */

@@ -24,6 +24,11 @@ private:
 /**
  * Reads object graphs in the binary format. Made by `qnTranscriber::getReader`, which reads the header.
  *
+ *     qnTranscriber* reader = qnTranscriber::getReader(stream);      // null: the stream has no header
+ *     qnRetain(reader);
+ *     void* root = reader->readObject(Shape_type);                   // null: the stream ended
+ *     qnRelease(reader);                                             // the objects stay
+ *
  * Whatever the bytes, reading ends in a graph, in a null or false result (the input ended), or in the process's end
  * with a message: it makes no block larger than the data that has arrived, and pointers get only what they can hold.
  *

@@ -22,6 +22,11 @@ struct qnBinaryWriterItem {
 /**
  * Writes object graphs in the binary format. Made by `qnTranscriber::getWriter`.
  *
+ *     qnTranscriber* writer = qnTranscriber::getWriter(stream);
+ *     qnRetain(writer);
+ *     bool written = writer->writeObject(shape, shape);
+ *     qnRelease(writer);
+ *
  * Objects and primitive arrays are written once each: a pointer record gives the id, and the contents follow after the
  * object that holds the pointer, the newest first. Ids count from 1 through the life of the writer. Data is collected
  * in records of at most 512 bytes. Time and memory are linear in what is written.

@@ -12,15 +12,15 @@
  *     static void metresToText(void* input, Metres value) { ... qnDeliver<char*>(input, text); }
  *     new qnConverter(myMetres, qnDT_CharPtr, reinterpret_cast<qnDeliverFunc>(&metresToText));
  *
- * A registered converter is a prototype: it stays registered for the life of the process. The newest one of a pair of
- * types counts, for connections made from then on.
+ * A registered converter is a prototype: it stays registered for the life of the process. Deliberate: the newest one of
+ * a pair of types counts, and only for connections made from then on, so that a program can improve on a conversion.
  */
 class MORVAQNDS_API qnConverter : public qnInputChannel {
 public:
     /** Registers a conversion. Must live as long as the process. */
     qnConverter(unsigned short from, unsigned short to, qnDeliverFunc fn);
-    /** Lets go of the input that it was spliced to. Requires: not a registered prototype. */
-    ~qnConverter() {}
+    /** Lets go of the input that it was spliced to; a prototype leaves the registry. */
+    ~qnConverter();
 
     /**
      * A new converter for one connection, owned by nobody yet; null when no conversion from `from` to `to` is
@@ -45,7 +45,10 @@ private:
     qnConverter* next_;
 };
 
-/** Calls the function of `input`, a `qnInputChannel*`, with its closure and `value`: how a conversion ends. */
+/**
+ * Calls the function of `input`, a `qnInputChannel*`, with its closure and `value`: how a conversion ends. Requires:
+ * `Value` is the form in which the target type is delivered, `int` for `qnDT_qnBool` and `char*` for `qnDT_CharPtr`.
+ */
 template <class Value>
 inline void qnDeliver(void* input, Value value) {
     qnInputChannel* channel = static_cast<qnInputChannel*>(input);

@@ -61,8 +61,8 @@ public:
     /** Calls `fn(arg, value)`. Requires: `fn` is a function of the form that the box's type of value has. */
     virtual void deliverTo(qnDeliverFunc fn, void* arg) = 0;
     /**
-     * Copies the value to `out`, `getSize()` bytes. Deliberate: `type` is ignored, and nothing is converted: converting
-     * is the converters' business.
+     * Assigns the value to the object of its own type at `out`; text stays the box's. Deliberate: `type` is ignored,
+     * and nothing is converted: converting is the converters' business.
      */
     virtual void getValue(unsigned short type, void* out) = 0;
     /** Bytes that the value takes in memory. */

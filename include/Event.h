@@ -32,7 +32,7 @@ class MORVAQNDS_API qnEvent : public qnObj {
 public:
     /** Takes the next sequence number; the first event is number 1. */
     explicit qnEvent(unsigned long type);
-    /** The same type and sequence number, in no queue. */
+    /** Deliberate: the same type and sequence number, for it stands for the same event. In no queue, no properties. */
     qnEvent(const qnEvent& other);
     ~qnEvent() override;
 

@@ -29,8 +29,8 @@
  *     |   distribute the queued events
  *     +-- loop: again, as long as an application is registered
  *
- * What is unusual: without any handler nothing waits and no time passes. Failures of `select` (a signal, a closed
- * descriptor) count as "nothing ready".
+ * Deliberate: without any handler nothing waits and no time passes, for there is nothing to wait for. Failures of
+ * `select` (a signal, a closed descriptor) count as "nothing ready".
  *
  * Everything that the cycle calls may change what the cycle works on: what leaves is not called any more, what is added
  * waits for the next cycle.

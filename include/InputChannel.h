@@ -43,8 +43,8 @@ public:
     /** Ends every connection to this input. */
     void disconnect();
     /**
-     * Removes every queued message for this channel. Messages for a converter in front of it are addressed to the
-     * converter: they stay, and will be delivered.
+     * Removes every queued message for this channel. Deliberate: messages for a converter in front of it are addressed
+     * to the converter. They stay and will be delivered, even when the channel has left its object by then.
      */
     void flush();
 

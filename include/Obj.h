@@ -25,6 +25,8 @@ class qnVoidPtrDict;
  *
  * Destroying an object disconnects its channels, drops the messages that wait for its inputs, and releases its
  * properties. A function that receives a value may do anything to channels and objects, its own included.
+ *
+ * Requires: the toolkit is initialised before an object gets its first channel or property.
  */
 class MORVAQNDS_API qnObj : public qnXDRObj {
 public:
@@ -32,7 +34,8 @@ public:
     enum qnSendFlags : int {
         qnSF_Queued = 0,     ///< a message at the back of the queue for each connection
         qnSF_Immediate = 1,  ///< a call for each connection, now
-        qnSF_Urgent = 2      ///< a message at the front of the queue for each connection: the last one arrives first
+        // Deliberate: each message goes in front of those before it, so the last connection receives first.
+        qnSF_Urgent = 2  ///< a message at the front of the queue for each connection
     };
 
     qnObj() : properties_(nullptr) {}
@@ -68,7 +71,10 @@ public:
      * connected to it go on sending to it.
      */
     qnInputChannel* addInput(const char* name, unsigned short type, void* closure, qnDeliverFunc fn, qnBool latestOnly);
-    /** Makes an output. One that is already there under the name is destroyed, with its connections. */
+    /**
+     * Makes an output. Deliberate: one that is already there under the name is destroyed, with its connections; unlike
+     * an input, nobody but the object holds it.
+     */
     qnOutputChannel* addOutput(const char* name, unsigned short type);
     /** Drops the messages that wait for the input, disconnects it and lets go of it. */
     void removeInput(const char* name);

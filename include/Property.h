@@ -21,6 +21,9 @@ class qnStr;
  * kind gives meaningless bits; in a checked build, where they would be a pointer, null or an empty string.
  *
  * Objects hold a property by its count, so one property may be set on several objects.
+ *
+ * Requires: the toolkit is initialised before a property is made, for that assigns the codes by which it knows its
+ * kind.
  */
 class MORVAQNDS_API qnProperty {
 public:

@@ -27,6 +27,13 @@ int takeText(const char* value, Options& options) {
     return 0;
 }
 
+/** The name of the state file. */
+int takeState(const char* name, Options& options) {
+    if (*name == 0) return complainOfUsage("--state", "needs the name of a file");
+    options.state = name;
+    return 0;
+}
+
 /** A whole number from 1. */
 int takeTop(const char* text, Options& options) {
     char* end;
@@ -58,7 +65,7 @@ struct Option {
 constexpr Option WithValue[] = {
     {"--top", takeTop},
     {"--every", takeEvery},
-    {"--state", takeText<&Options::state>},
+    {"--state", takeState},
     {"--match", takeText<&Options::match>},
     {"--path", takeText<&Options::path>},
     {"--files", takeText<&Options::fileNames>},

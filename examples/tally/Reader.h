@@ -11,9 +11,10 @@
  *     reader.start();
  *
  *     input   "read"    void     reads a block
- *     output  "line"    qnStr    a line with its line end, whatever its bytes; a line of more than 64 KiB goes in
- * pieces output  "block"   void     a block was read; sent at once, the others are queued output  "end"     void
- * nothing more will come output  "failed"  CharPtr  what is wrong with the input
+ *     output  "line"    qnStr    a line with its line end, whatever its bytes; long ones go in pieces of 64 KiB
+ *     output  "block"   void     a block was read; sent at once, the others are queued
+ *     output  "end"     void     nothing more will come
+ *     output  "failed"  CharPtr  what is wrong with the input
  *
  * What wakes it is the event loop when its descriptor is readable. Files are always readable, and a descriptor of 100
  * or more cannot be waited for, so files are read on the tick of a timer.

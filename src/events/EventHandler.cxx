@@ -52,6 +52,7 @@ void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnOb
         qnInputChannel* entry = (*output)[i];
         ++entry->refCount;
         if (entry->latestOnly() && entry->pending != nullptr) {
+            // Deliberate: whatever the mode, for the message that waits is older than this value.
             dropPending(handler, *entry);
             if (!walk.listed()) {
                 // The end of the box that was dropped ended the connection: who received there may be gone.

@@ -26,13 +26,13 @@ int lowByte(Value value) {
     return static_cast<int>(bits & 0xFF);
 }
 
-/** The value without its fraction; `INT_MIN` for what does not fit an int, and for NaN, on every machine. */
+/** The value without its fraction. Deliberate: `INT_MIN` for what does not fit, and for NaN, on every machine. */
 int truncated(double value) {
     if (!(value > -2147483649.0 && value < 2147483648.0)) return INT_MIN;
     return static_cast<int>(value);
 }
 
-/** The number at the start of `text`, as 32 bits of it; 0 for null. */
+/** The number at the start of `text`; 0 for null. Deliberate: the low 32 bits of one that does not fit. */
 int leadingInt(const char* text) {
     if (text == nullptr) return 0;
     const unsigned low = static_cast<unsigned>(std::strtoll(text, nullptr, 10) & 0xFFFFFFFF);
@@ -100,6 +100,15 @@ qnConverter::qnConverter(const qnConverter& prototype, Instance)
     flagsAndType_ |= IsConverter;
 }
 
+qnConverter::~qnConverter() {
+    if (isConverter()) return;
+    for (qnConverter** place = &qn_theConverters; *place != nullptr; place = &(*place)->next_) {
+        if (*place != this) continue;
+        *place = next_;
+        return;
+    }
+}
+
 qnConverter* qnConverter::findConverter(unsigned short from, unsigned short to) {
     for (qnConverter* prototype = qn_theConverters; prototype != nullptr; prototype = prototype->next_) {
         if (prototype->getType() == from && prototype->targetType_ == to) {
@@ -117,6 +126,8 @@ void qnConverter::splice(qnInputChannel* input) {
     qnRetain(input);
 }
 
+// Deliberate: none leads to or from long, from int to double or from text to double. Connecting those ends the process
+// unless the program registers a conversion of its own.
 void qnConverter::createStandardConverters() {
     registerConversion(qnDT_qnBool, qnDT_int, CBool2int);
     registerConversion(qnDT_qnBool, qnDT_float, CBool2float);

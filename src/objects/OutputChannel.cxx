@@ -30,6 +30,7 @@ qnOutputChannel::~qnOutputChannel() {
 void qnOutputChannel::add(qnInputChannel* input) {
     input->add(this);
 
+    // Deliberate: an input for signals takes values of every type as they are.
     qnInputChannel* entry = input;
     if (input->getType() != type_ && input->getType() != qnDT_void) {
         qnConverter* converter = qnConverter::findConverter(type_, input->getType());

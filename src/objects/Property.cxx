@@ -9,6 +9,7 @@
 #include "core/Heap.h"
 
 qnProperty::qnProperty(unsigned short tag, unsigned short type) : refCount(0), tag_(tag), type_(type) {
+    MORVAQNDS_REQUIRE(qn_nextDataType != nullptr, "qnProperty::qnProperty: the toolkit is not initialised");
     std::memset(&value_, 0, sizeof value_);
 }
 
@@ -133,7 +134,7 @@ void qnProperty::setAsCharPtr(const char* text, qnBool owned) {
 void qnProperty::setAsStr(const qnStr& value) {
     requireKind(qnDT_qnStr, "setAsStr");
     if (value_.string == nullptr) {
-        value_.string = new qnStr(value);  // after cleanup
+        value_.string = heap::create<qnStr>("qnProperty::setAsStr", value);  // after cleanup
     } else {
         *value_.string = value;
     }

@@ -9,7 +9,7 @@
 namespace EventTest {
 
 #if UINTPTR_MAX == 0xFFFFFFFF
-// The last word of an event is its queue, which the description of its fields does without.
+// The queue that holds an event comes last, so that the other fields stand where programs expect them.
 static_assert(sizeof(qnEvent) == sizeof(qnObj) + 4 * 4 + 4, "two links, type, sequence number, queue");
 static_assert(sizeof(qnMessageEvent) == sizeof(qnEvent) + 2 * 4, "a channel and a box");
 #endif

@@ -14,7 +14,7 @@ using LoopRig::Pipe;
 
 #ifdef __i386__
 // Two shorts, four flags, three sets, the table, three arrays of 24 bytes, and the link between executives.
-static_assert(sizeof(qnExec) == 2 + 2 + 4 + 3 * sizeof(fd_set) + 100 * 4 + 3 * 24 + 4, "one field of our own");
+static_assert(sizeof(qnExec) == 2 + 2 + 4 + 3 * sizeof(fd_set) + 100 * 4 + 3 * 24 + 4, "and no more");
 #endif
 
 /** Descriptors with numbers that the test wants: copies of the ends of a pipe. */

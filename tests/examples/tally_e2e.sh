@@ -73,6 +73,7 @@ same a_link_to_the_state_stays_a_link out s.qn
 
 expect unknown_option 2 "tally: --foo: unknown option; $usage" $tally --foo
 expect missing_value 2 "tally: --state: needs a value; $usage" $tally --state
+expect state_without_a_name 2 "tally: --state: needs the name of a file; $usage" $tally --state '' text
 for number in 0 -1 x 4294967296 ''; do
     expect "top_of_'$number'" 2 "tally: $number: --top takes a whole number from 1 to 4294967295" $tally --top "$number"
 done

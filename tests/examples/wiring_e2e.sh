@@ -77,4 +77,7 @@ verdict immediate_values_arrive_while_they_are_sent \
 verdict queued_values_arrive_in_order "$(diff <(part queued urgent expected) <(part queued urgent out))"
 verdict urgent_values_arrive_in_reverse_order "$(diff <(part urgent none expected) <(part urgent none out))"
 verdict nothing_else_is_printed "$(diff expected out)"
+${MORVAQNDS_EMULATOR:-} "$build/examples/wiring" >/dev/full 2>err
+status=$?
+verdict a_full_device_is_a_failure "$([ $status = 1 ] || echo "exit status $status")"
 exit $failed

@@ -198,6 +198,29 @@ TEST_F(Converter, TheNewestRegistrationCountsForLaterConnections) {
     EXPECT_EQ(std::vector<int>{12}, second);
 }
 
+TEST_F(Converter, APrototypeThatIsDestroyedIsForgotten) {
+    const unsigned short from = newType();
+    auto make = [from](void (*fn)(void*, int)) {
+        return new qnConverter(from, qnDT_int, reinterpret_cast<qnDeliverFunc>(fn));
+    };
+    auto found = [from] {
+        qnInputChannel* instance = qnConverter::findConverter(from, qnDT_int);
+        const qnDeliverFunc fn = instance == nullptr ? nullptr : instance->deliverFunc;
+        if (instance != nullptr) qnDestroy(instance);
+        return fn;
+    };
+    qnConverter* const one = make(convertOne);
+    qnConverter* const two = make(convertTwo);
+    EXPECT_EQ(reinterpret_cast<qnDeliverFunc>(&convertTwo), found());
+    delete two;
+    EXPECT_EQ(reinterpret_cast<qnDeliverFunc>(&convertOne), found());
+    qnConverter* const third = make(convertTwo);
+    delete one;
+    EXPECT_EQ(reinterpret_cast<qnDeliverFunc>(&convertTwo), found());
+    delete third;
+    EXPECT_EQ(nullptr, found());
+}
+
 TEST_F(Converter, AConnectionBetweenTypesHoldsAnInstance) {
     float* const nothing = nullptr;
     qnObj source, sink;

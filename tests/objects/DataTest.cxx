@@ -12,6 +12,7 @@
 
 #include "Data.h"
 #include "OrderedGlobal.h"
+#include "support/VirtualSlot.h"
 
 namespace DataTest {
 
@@ -106,6 +107,13 @@ TEST_F(Data, BoxesAreBornWithTheirCodeAndWithoutHolders) {
         EXPECT_EQ(codes[i], boxes[i]->getType()) << i;
         EXPECT_EQ(0u, boxes[i]->refCount) << i;
     }
+}
+
+TEST_F(Data, OperationsFollowTheDestructorInTheirOrder) {
+    EXPECT_EQ(2, virtualSlot(&qnData::dataName));
+    EXPECT_EQ(3, virtualSlot(&qnData::deliverTo));
+    EXPECT_EQ(4, virtualSlot(&qnData::getValue));
+    EXPECT_EQ(5, virtualSlot(&qnData::getSize));
 }
 
 TEST_F(Data, OnlyTextAndVoidBoxesHaveNamesOfTheirOwn) {

@@ -2,10 +2,13 @@
 
 #include <csignal>
 #include <cstddef>
-#include <cstring>
 
+#include "Application.h"
 #include "Obj.h"
+#include "SelectHandler.h"
+#include "Timer.h"
 #include "support/ChannelRig.h"
+#include "support/VirtualSlot.h"
 
 namespace ObjTest {
 
@@ -31,23 +34,25 @@ protected:
 };
 typedef Obj ObjDeathTest;
 
-/** Number of a virtual operation in its class's table. */
-template <class Member>
-std::ptrdiff_t slotOf(Member member) {
-    std::ptrdiff_t offset;  // of the slot, plus 1, in bytes
-    std::memcpy(&offset, &member, sizeof offset);
-    return (offset - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+TEST_F(Obj, VirtualOperationsFollowThoseOfTheRootInTheirOrder) {
+    const std::ptrdiff_t last = virtualSlot(&qnXDRObj::xdrSuccess);
+    EXPECT_EQ(virtualSlot(&qnObj::connect), last + 1);
+    EXPECT_EQ(virtualSlot(&qnObj::disconnect), last + 2);
+    EXPECT_EQ(virtualSlot(&qnObj::subClassMustDefine), last + 3);
 }
 
-// Programs that were compiled earlier find the operations by their numbers.
-TEST_F(Obj, VirtualOperationsFollowThoseOfTheRootInTheirOrder) {
-    const std::ptrdiff_t last = slotOf(&qnXDRObj::xdrSuccess);
-    EXPECT_EQ(slotOf(&qnObj::connect), last + 1);
-    EXPECT_EQ(slotOf(&qnObj::disconnect), last + 2);
-    EXPECT_EQ(slotOf(&qnObj::subClassMustDefine), last + 3);
-    EXPECT_EQ(slotOf(&qnEvent::deliver), last + 4);
-    EXPECT_EQ(slotOf(&qnEvent::dump), last + 5);
-    EXPECT_EQ(slotOf(&qnEvent::getChannel), last + 6);
+TEST_F(Obj, VirtualOperationsOfItsSubclassesFollowItsOwnInTheirOrder) {
+    const std::ptrdiff_t last = virtualSlot(&qnObj::subClassMustDefine);
+    EXPECT_EQ(virtualSlot(&qnEvent::deliver), last + 1);
+    EXPECT_EQ(virtualSlot(&qnEvent::dump), last + 2);
+    EXPECT_EQ(virtualSlot(&qnEvent::getChannel), last + 3);
+    EXPECT_EQ(virtualSlot(&qnTimer::tick), last + 1);
+    EXPECT_EQ(virtualSlot(&qnSelectHandler::handleRead), last + 1);
+    EXPECT_EQ(virtualSlot(&qnSelectHandler::handleWrite), last + 2);
+    EXPECT_EQ(virtualSlot(&qnSelectHandler::handleException), last + 3);
+    EXPECT_EQ(virtualSlot(&qnApplication::initialize), last + 1);
+    EXPECT_EQ(virtualSlot(&qnApplication::open), last + 2);
+    EXPECT_EQ(virtualSlot(&qnApplication::close), last + 3);
 }
 
 // The object itself.

@@ -52,6 +52,15 @@ TEST_F(PropertyChecked, PointersOfAnotherKindAreNullInTheCheckedBuild) {
     EXPECT_EQ(nullptr, box.getAsObjPtr());
 }
 
+TEST(PropertyCheckedDeathTest, IsNotMadeBeforeTheToolkitIsInitialised) {
+    auto makeTooEarly = [] {
+        qn_nextDataType = nullptr;
+        qnProperty(7, 1L);
+    };
+    EXPECT_EXIT(makeTooEarly(), testing::KilledBySignal(SIGABRT),
+                "^qnProperty::qnProperty: the toolkit is not initialised\n$");
+}
+
 TEST(PropertyCheckedDeathTest, SettersAreForTheirOwnKind) {
     qnInitializeToolkit();
     const testing::KilledBySignal aborted(SIGABRT);

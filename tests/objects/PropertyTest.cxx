@@ -423,4 +423,11 @@ TEST_F(Property, IsDestroyedByItsLastHolder) {
     EXPECT_EQ("a", notes);
 }
 
+TEST_F(Property, ThatNobodyHoldsIsNotDestroyedByARelease) {
+    qnProperty p(1, 7L);
+    EXPECT_FALSE(qnRelease(&p));
+    EXPECT_EQ(UINT_MAX, p.refCount);
+    EXPECT_EQ(7, p.getAsLong());
+}
+
 }  // namespace PropertyTest
