@@ -81,9 +81,9 @@ private:
 
         first_ = executive_.lowest_;
         end_ = executive_.limit_;
-        kinds_[0] = {executive_.readInUse_ != 0, executive_.readSet_, &qnSelectHandler::handleRead};
-        kinds_[1] = {executive_.writeInUse_ != 0, executive_.writeSet_, &qnSelectHandler::handleWrite};
-        kinds_[2] = {executive_.exceptionInUse_ != 0, executive_.exceptionSet_, &qnSelectHandler::handleException};
+        kinds_[0].watch(executive_.readInUse_, executive_.readSet_, &qnSelectHandler::handleRead);
+        kinds_[1].watch(executive_.writeInUse_, executive_.writeSet_, &qnSelectHandler::handleWrite);
+        kinds_[2].watch(executive_.exceptionInUse_, executive_.exceptionSet_, &qnSelectHandler::handleException);
         for (int d = first_; d < end_; ++d) handlers_[d] = executive_.handlers_[d];
         ready_ = select(end_, kinds_[0].set(), kinds_[1].set(), kinds_[2].set(), &limit);
     }
@@ -119,6 +119,12 @@ private:
         bool inUse;
         fd_set descriptors;
         void (qnSelectHandler::*handle)();
+
+        void watch(qnBool used, const fd_set& watched, void (qnSelectHandler::*operation)()) {
+            inUse = used != 0;
+            if (inUse) descriptors = watched;
+            handle = operation;
+        }
 
         fd_set* set() { return inUse ? &descriptors : nullptr; }
     };
