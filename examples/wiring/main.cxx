@@ -128,5 +128,5 @@ int main() {
         run("urgent", qnObj::qnSF_Urgent, station);
     }
     qnCleanupGlobalOrderings();
-    return std::fflush(stdout) == 0 ? 0 : 1;
+    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? 0 : 1;
 }

@@ -20,6 +20,45 @@ void dropPending(qnEventHandler& handler, qnInputChannel& input) {
     if (pending->getQueue() == &handler) handler.remove(pending);
 }
 
+/**
+ * Calls the function of a connection. The call may end the connection: a converter is held, because its function may
+ * come back to it, while an input is not looked at again.
+ */
+inline void deliverNow(qnData& box, qnInputChannel& entry) {
+    if (!entry.isConverter()) {
+        box.deliverTo(entry.deliverFunc, entry.closure);
+        return;
+    }
+    qnRetain(&entry);
+    box.deliverTo(entry.deliverFunc, entry.closure);
+    qnRelease(&entry);
+}
+
+/** Serves the first `n` connections of an output. What is called on the way may end any of them, and the output. */
+void postToEach(qnEventHandler& handler, qnOutputChannel& output, unsigned n, qnData& box, qnObj::qnSendFlags mode) {
+    LiveWalk walk(&output, n);
+    unsigned i;
+    while (walk.next(i)) {
+        qnInputChannel* entry = output[i];
+        if (entry->latestOnly() && entry->pending != nullptr) {
+            qnRetain(entry);
+            dropPending(handler, *entry);
+            const bool listed = walk.listed();
+            qnRelease(entry);
+            // The end of the box that was dropped may have ended the connection: who received there may be gone.
+            if (!listed) continue;
+        }
+        if (mode == qnObj::qnSF_Immediate) {
+            deliverNow(box, *entry);
+        } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
+            qnMessageEvent* event = heap::create<qnMessageEvent>("qnEventHandler::postMessage", entry, &box);
+            handler.postEvent(event, mode == qnObj::qnSF_Urgent);
+            if (entry->latestOnly()) entry->pending = event;
+        }
+        // Deliberate: with any other mode nothing is done for the entry, and the box is lost.
+    }
+}
+
 }  // namespace
 
 void qnEventHandler::postEvent(qnEvent* event, qnBool front) {
@@ -43,32 +82,11 @@ void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnOb
         return;
     }
 
-    // The box is held meanwhile: the last message that has it may be dropped on the way. So is each entry: the program
-    // may disconnect it, and the output may go.
-    ++box->refCount;
-    LiveWalk walk(output, n);
-    unsigned i;
-    while (walk.next(i)) {
-        qnInputChannel* entry = (*output)[i];
-        ++entry->refCount;
-        if (entry->latestOnly() && entry->pending != nullptr) {
-            // Deliberate: whatever the mode, for the message that waits is older than this value.
-            dropPending(handler, *entry);
-            if (!walk.listed()) {
-                // The end of the box that was dropped ended the connection: who received there may be gone.
-                qnRelease(entry);
-                continue;
-            }
-        }
-        if (mode == qnObj::qnSF_Immediate) {
-            box->deliverTo(entry->deliverFunc, entry->closure);
-        } else if (mode == qnObj::qnSF_Queued || mode == qnObj::qnSF_Urgent) {
-            qnMessageEvent* event = heap::create<qnMessageEvent>("qnEventHandler::postMessage", entry, box);
-            handler.postEvent(event, mode == qnObj::qnSF_Urgent);
-            if (entry->latestOnly()) entry->pending = event;
-        }
-        // Deliberate: with any other mode nothing is done for the entry, and the box is lost.
-        qnRelease(entry);
+    ++box->refCount;  // the last message that has the box may be dropped on the way
+    if (n == 1 && mode == qnObj::qnSF_Immediate && !(*output)[0]->latestOnly()) {
+        deliverNow(*box, *(*output)[0]);  // nothing follows: there is no need to know what becomes of the output
+    } else {
+        postToEach(handler, *output, n, *box, mode);
     }
 
     const bool lost = mode != qnObj::qnSF_Immediate && mode != qnObj::qnSF_Queued && mode != qnObj::qnSF_Urgent;
