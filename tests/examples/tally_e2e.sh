@@ -1,37 +1,8 @@
 #!/bin/bash
 # Drives the example program tally: counting, keeping the state, and bad input of every sort.
-set -u
-build=$(realpath "$1")
+. "$(dirname "$0")/../support/e2e.sh"
 tally="${MORVAQNDS_EMULATOR:-} $build/examples/tally"
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
 export ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0"  # a child that ends over a bad stream leaves its objects
-failed=0
-
-verdict() {  # verdict NAME WHY: WHY is empty when the case passed
-    if [ -z "$2" ]; then
-        echo "ok $1"
-    else
-        echo "FAILED $1: $2"
-        failed=1
-    fi
-}
-
-# expect NAME STATUS STDERR COMMAND...: the exit status and all of standard error
-expect() {
-    local name=$1 status=$2 errors=$3 got
-    shift 3
-    "$@" >out 2>err </dev/null
-    got=$?
-    if [ $got != "$status" ]; then
-        verdict "$name" "exit status $got: $(head -c 300 err)"
-    elif [ "$(cat err)" != "$errors" ]; then
-        verdict "$name" "said '$(head -c 300 err)'"
-    else
-        verdict "$name" ""
-    fi
-}
 
 same() {  # same NAME FILE TEXT
     if [ "$(cat "$2")" = "$3" ]; then verdict "$1" ""; else verdict "$1" "$2 holds '$(head -c 300 "$2")'"; fi

@@ -2,22 +2,9 @@
 # Drives the example program tally over pipes and FIFOs whose writers stall, send whatever they like and go away, and
 # ends it by signals. Nothing here waits for a fixed time: every step waits until what it needs has happened, for a
 # minute at most.
-set -u
-build=$(realpath "$1")
+. "$(dirname "$0")/../support/e2e.sh"
 tally="${MORVAQNDS_EMULATOR:-} $build/examples/tally"
-folder=$(mktemp -d)
 trap 'kill $(jobs -p) 2>/dev/null; rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failed=0
-
-verdict() {  # verdict NAME WHY: WHY is empty when the case passed
-    if [ -z "$2" ]; then
-        echo "ok $1"
-    else
-        echo "FAILED $1: $2"
-        failed=1
-    fi
-}
 
 until_() {  # until_ COMMAND...: whether the command succeeds within a minute
     local end=$((SECONDS + 60))

@@ -1,36 +1,7 @@
 #!/bin/bash
 # Drives the example program tally: counting the words that match, and input files found by a search list.
-set -u
-build=$(realpath "$1")
+. "$(dirname "$0")/../support/e2e.sh"
 tally="${MORVAQNDS_EMULATOR:-} $build/examples/tally"
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failed=0
-
-verdict() {  # verdict NAME WHY: WHY is empty when the case passed
-    if [ -z "$2" ]; then
-        echo "ok $1"
-    else
-        echo "FAILED $1: $2"
-        failed=1
-    fi
-}
-
-# expect NAME STATUS STDERR COMMAND...: the exit status and all of standard error
-expect() {
-    local name=$1 status=$2 errors=$3 got
-    shift 3
-    "$@" >out 2>err </dev/null
-    got=$?
-    if [ $got != "$status" ]; then
-        verdict "$name" "exit status $got: $(head -c 300 err)"
-    elif [ "$(cat err)" != "$errors" ]; then
-        verdict "$name" "said '$(head -c 300 err)'"
-    else
-        verdict "$name" ""
-    fi
-}
 
 # counts NAME WORDS COMMAND...: what is counted, as "count word" pairs in the order of the table
 counts() {

@@ -1,11 +1,6 @@
 #!/bin/bash
 # Runs the example program wiring and compares all that it prints.
-set -u
-build=$(realpath "$1")
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failed=0
+. "$(dirname "$0")/../support/e2e.sh"
 
 # Immediate: each value is shown before the next one is sent, by the board first, which was connected first.
 # Queued: the same order, after everything was sent. Urgent: the last one arrives first.
@@ -58,15 +53,6 @@ board    bell
 END
 ${MORVAQNDS_EMULATOR:-} "$build/examples/wiring" >out 2>err
 status=$?
-
-verdict() {  # verdict NAME WHY: WHY is empty when the case passed
-    if [ -z "$2" ]; then
-        echo "ok $1"
-    else
-        echo "FAILED $1: $2"
-        failed=1
-    fi
-}
 
 part() { sed -n "/^$1:/,/^$2:/p" "$3" | grep -v ':$'; }
 
