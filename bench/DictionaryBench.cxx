@@ -6,34 +6,15 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Keys.h"
 #include "StrStrDictionary.h"
 #include "VoidPtrDict.h"
 
 namespace {
 
-/** Keys whose first eight characters differ: the others do not enter the hash. */
-std::vector<std::string> makeKeys(std::size_t n, const char* prefix) {
-    std::vector<std::string> keys;
-    for (std::size_t i = 0; i < n; ++i) keys.push_back(prefix + std::to_string(i * 2654435761u % 100000000u));
-    return keys;
-}
-
-std::vector<qnStr> asStrings(const std::vector<std::string>& keys) {
-    std::vector<qnStr> strings;
-    strings.reserve(keys.size());
-    for (const std::string& key : keys) strings.emplace_back(key.c_str());
-    return strings;
-}
-
-void perElement(benchmark::State& state) {
-    state.counters["per_element"] =
-        benchmark::Counter(static_cast<double>(state.range(0)),
-                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
 void insertIntoDictionary(benchmark::State& state) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
+    std::vector<qnStr> keys = asStrings(makeKeys(0, n, ""));
     for (auto _ : state) {
         qnVoidPtrDict d(static_cast<unsigned>(n));
         for (qnStr& key : keys) *static_cast<void**>(d.findCreate(&key)) = &key;
@@ -44,7 +25,7 @@ void insertIntoDictionary(benchmark::State& state) {
 
 void insertIntoUnorderedMap(benchmark::State& state) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<std::string> keys = makeKeys(n, "");
+    std::vector<std::string> keys = makeKeys(0, n, "");
     for (auto _ : state) {
         std::unordered_map<std::string, void*> map(n);
         for (std::string& key : keys) map[key] = &key;
@@ -55,7 +36,7 @@ void insertIntoUnorderedMap(benchmark::State& state) {
 
 void findInDictionary(benchmark::State& state, const char* prefix) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<qnStr> keys = asStrings(makeKeys(n, "")), probes = asStrings(makeKeys(n, prefix));
+    std::vector<qnStr> keys = asStrings(makeKeys(0, n, "")), probes = asStrings(makeKeys(0, n, prefix));
     qnVoidPtrDict d(static_cast<unsigned>(n));
     for (qnStr& key : keys) *static_cast<void**>(d.findCreate(&key)) = &key;
     for (auto _ : state) {
@@ -66,7 +47,7 @@ void findInDictionary(benchmark::State& state, const char* prefix) {
 
 void findInUnorderedMap(benchmark::State& state, const char* prefix) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<std::string> keys = makeKeys(n, ""), probes = makeKeys(n, prefix);
+    std::vector<std::string> keys = makeKeys(0, n, ""), probes = makeKeys(0, n, prefix);
     std::unordered_map<std::string, void*> map(n);
     for (std::string& key : keys) map[key] = &key;
     for (auto _ : state) {
@@ -80,7 +61,7 @@ void findInUnorderedMap(benchmark::State& state, const char* prefix) {
 
 void iterate(benchmark::State& state) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
+    std::vector<qnStr> keys = asStrings(makeKeys(0, n, ""));
     qnVoidPtrDict d(static_cast<unsigned>(n));
     for (qnStr& key : keys) d.findCreate(&key);
     for (auto _ : state) {
@@ -91,7 +72,7 @@ void iterate(benchmark::State& state) {
 
 void insertAndRemoveStrings(benchmark::State& state) {
     std::size_t n = static_cast<std::size_t>(state.range(0));
-    std::vector<qnStr> keys = asStrings(makeKeys(n, ""));
+    std::vector<qnStr> keys = asStrings(makeKeys(0, n, ""));
     qnStrStrDictionary d(static_cast<unsigned>(n));
     for (auto _ : state) {
         for (qnStr& key : keys) d.addInternal(&key, &key);

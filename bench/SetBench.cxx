@@ -6,34 +6,13 @@
 #include <unordered_set>
 #include <vector>
 
+#include "Keys.h"
 #include "StrSet.h"
 
 namespace {
 
-/** Keys whose first eight characters differ: the others do not enter the hash. */
-std::vector<std::string> makeKeys(std::size_t first, std::size_t n, const char* prefix) {
-    std::vector<std::string> keys;
-    for (std::size_t i = first; i < first + n; ++i) {
-        keys.push_back(prefix + std::to_string(i * 2654435761u % 100000000u));
-    }
-    return keys;
-}
-
-std::vector<qnStr> asStrings(const std::vector<std::string>& keys) {
-    std::vector<qnStr> strings;
-    strings.reserve(keys.size());
-    for (const std::string& key : keys) strings.emplace_back(key.c_str());
-    return strings;
-}
-
 void addAll(qnStrSet& set, const std::vector<qnStr>& keys) {
     for (const qnStr& key : keys) set.add(&key);
-}
-
-void perElement(benchmark::State& state) {
-    state.counters["per_element"] =
-        benchmark::Counter(static_cast<double>(state.range(0)),
-                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void insertIntoSet(benchmark::State& state) {
