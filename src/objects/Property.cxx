@@ -8,6 +8,19 @@
 #include "Str.h"
 #include "core/Heap.h"
 
+namespace {
+
+/** Holds the new value before the old one is let go: they may be the same, or the old one may hold the new one. */
+template <class Value>
+void replace(Value*& held, Value* value) {
+    Value* old = held;
+    qnRetain(value);
+    held = value;
+    qnRelease(old);
+}
+
+}  // namespace
+
 qnProperty::qnProperty(unsigned short tag, unsigned short type) : refCount(0), tag_(tag), type_(type) {
     MORVAQNDS_REQUIRE(qn_nextDataType != nullptr, "qnProperty::qnProperty: the toolkit is not initialised");
     std::memset(&value_, 0, sizeof value_);
@@ -148,20 +161,12 @@ void qnProperty::setAsVoidPtr(void* pointer, Release release) {
     value_.pointer = {pointer, release};
 }
 
-// The new value is held before the old one is let go: they may be the same, or the old one may hold the new one.
-
 void qnProperty::setAsObjPtr(qnObj* object) {
     requireKind(qnDT_ObjPtr, "setAsObjPtr");
-    qnObj* old = value_.object;
-    qnRetain(object);
-    value_.object = object;
-    qnRelease(old);
+    replace(value_.object, object);
 }
 
 void qnProperty::setAsData(qnData* box) {
     requireKind(qnDT_DataPtr, "setAsData");
-    qnData* old = value_.box;
-    qnRetain(box);
-    value_.box = box;
-    qnRelease(old);
+    replace(value_.box, box);
 }
