@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Dictionary.h"
+#include "support/FromEnvironment.h"
 #include "support/ProbeDictionary.h"
 
 namespace DictIterModelTest {
@@ -206,23 +207,15 @@ bool seesEachEntryOnce(std::mt19937& random) {
     return !testing::Test::HasFailure();
 }
 
-unsigned seed() {
-    const char* given = std::getenv("MORVAQNDS_TEST_SEED");
-    unsigned chosen =
-        given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-    std::printf("MORVAQNDS_TEST_SEED=%u\n", chosen);
-    return chosen;
-}
-
 TEST(DictIterModel, SeveralIteratorsStandWhereTheModelSaysAfterRandomSteps) {
-    std::mt19937 random(seed());
+    std::mt19937 random(printedSeed());
     for (int round = 0; round < 40; ++round) {
         if (!agreesWithModel(random)) break;
     }
 }
 
 TEST(DictIterModel, RemovalDuringIterationSkipsNothingAndShowsNothingTwice) {
-    std::mt19937 random(seed());
+    std::mt19937 random(printedSeed());
     for (int round = 0; round < 1000; ++round) {
         if (!seesEachEntryOnce(random)) break;
     }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "StrSet.h"
+#include "support/FromEnvironment.h"
 #include "support/ProbeSet.h"
 
 namespace SetModelTest {
@@ -170,16 +171,8 @@ private:
     std::vector<Walk> walks_;
 };
 
-unsigned seed() {
-    const char* given = std::getenv("MORVAQNDS_TEST_SEED");
-    unsigned chosen =
-        given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-    std::printf("MORVAQNDS_TEST_SEED=%u\n", chosen);
-    return chosen;
-}
-
 TEST(SetModel, HoldsWhatTheModelHoldsAndIteratorsShowEachKeyOnceAfterRandomSteps) {
-    std::mt19937 random(seed());
+    std::mt19937 random(printedSeed());
     for (int round = 0; round < 60; ++round) {
         unsigned nbuckets = 1 + static_cast<unsigned>(random() % 9), keys = 1 + static_cast<unsigned>(random() % 24);
         SetBesideModel beside(random, nbuckets, keys);
@@ -193,7 +186,7 @@ TEST(SetModel, HoldsWhatTheModelHoldsAndIteratorsShowEachKeyOnceAfterRandomSteps
 }
 
 TEST(SetModel, StringSetHoldsWhatTheModelHolds) {
-    std::mt19937 random(seed());
+    std::mt19937 random(printedSeed());
     qnStrSet set(13);
     std::set<std::string> model;
     for (int step = 0; step < 20000; ++step) {

@@ -220,6 +220,25 @@ private:
     std::function<void()> action_;
 };
 
+/** The fixture of tests of three timers, of which `a` fires first. */
+struct ThreeTimers : Test {
+    ThreeTimers() : a(new Timer("a", 0)), b(new Timer("b", 0)), c(new Timer("c", 0)) {}
+    void TearDown() override {
+        a.reset();
+        b.reset();
+        c.reset();
+        Test::TearDown();
+    }
+    /** Makes `a`, which fires first, a repeating one. */
+    void repeatA() { a.reset(new Timer("a", 1)); }
+    void startAll() {
+        a->start(1);
+        b->start(2);
+        c->start(3);
+    }
+    std::unique_ptr<Timer> a, b, c;
+};
+
 }  // namespace LoopRig
 
 #endif

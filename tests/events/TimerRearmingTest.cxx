@@ -12,23 +12,7 @@ using LoopRig::deltas;
 using LoopRig::log;
 using LoopRig::Timer;
 
-struct TimerRearming : LoopRig::Test {
-    TimerRearming() : a(new Timer("a", 0)), b(new Timer("b", 0)), c(new Timer("c", 0)) {}
-    void TearDown() override {
-        a.reset();
-        b.reset();
-        c.reset();
-        LoopRig::Test::TearDown();
-    }
-    /** Makes `a`, which fires first, a repeating one. */
-    void repeatA() { a.reset(new Timer("a", 1)); }
-    void startAll() {
-        a->start(1);
-        b->start(2);
-        c->start(3);
-    }
-    std::unique_ptr<Timer> a, b, c;
-};
+typedef LoopRig::ThreeTimers TimerRearming;
 
 // One that has fired and waits to be armed again.
 

@@ -11,6 +11,7 @@
 
 #include "Obj.h"
 #include "OrderedGlobal.h"
+#include "objects/PropertyTags.h"
 
 namespace PropertyListTest {
 
@@ -32,15 +33,6 @@ struct Tagged : qnObj {
         return property;
     }
 };
-
-std::vector<int> tagsOf(const qnObj& object) {
-    std::vector<int> tags;
-    for (unsigned i = 0; i < object.getNumberOfProperties(); ++i) {
-        const qnProperty* property = object.getProperty(i);
-        tags.push_back(property == nullptr ? -1 : property->getTag());
-    }
-    return tags;
-}
 
 /** The index that a search for `tag` reports. */
 unsigned probed(const qnObj& object, int tag) {

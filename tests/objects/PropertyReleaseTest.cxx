@@ -9,6 +9,7 @@
 
 #include "Obj.h"
 #include "OrderedGlobal.h"
+#include "objects/PropertyTags.h"
 
 namespace PropertyReleaseTest {
 
@@ -48,15 +49,6 @@ private:
 };
 
 unsigned short tag(int number) { return static_cast<unsigned short>(number); }
-
-std::vector<int> tagsOf(const qnObj& object) {
-    std::vector<int> tags;
-    for (unsigned i = 0; i < object.getNumberOfProperties(); ++i) {
-        const qnProperty* property = object.getProperty(i);
-        tags.push_back(property == nullptr ? -1 : property->getTag());
-    }
-    return tags;
-}
 
 TEST_F(PropertyRelease, OfAReplacedPropertySeesTheNewOne) {
     qnObj object;

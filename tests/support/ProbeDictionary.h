@@ -7,12 +7,13 @@
 
 #include "Dictionary.h"
 #include "Transcriber.h"
+#include "support/ProbeTable.h"
 
 /**
  * A dictionary from int to int that writes down which record operations are called, in order. Its hash is the base
  * class's, so that an entry's bucket is its key modulo the bucket count.
  */
-class ProbeDictionary : public qnDictionary {
+class ProbeDictionary : public qnDictionary, public ProbeTable {
 public:
     enum ShapeOnly { shapeOnly };
 
@@ -69,42 +70,9 @@ public:
     void removeKey(int key) { remove(&key); }
 
     /** The keys of a chain from its head: "32 1". */
-    std::string chain(unsigned bucket) const {
-        std::string keys;
-        for (const qnDictBucket* link = buckets.elements()[bucket]; link != nullptr; link = link->next) {
-            keys += (keys.empty() ? "" : " ") + std::to_string(at(link->entry));
-        }
-        return keys;
-    }
+    std::string chain(unsigned bucket) const { return keysFrom(buckets.elements()[bucket]); }
     /** The keys of all chains: "0: 31 | 1: 32 1". */
-    std::string table() const {
-        std::string text;
-        for (unsigned b = 0; b < buckets.length(); ++b) {
-            if (buckets.elements()[b] == nullptr) continue;
-            text += (text.empty() ? "" : " | ") + std::to_string(b) + ": " + chain(b);
-        }
-        return text;
-    }
-    /** What was called since the last time, as "hash 3, copyKey 3". */
-    std::string calls() const {
-        std::string text;
-        text.swap(log_);
-        return text;
-    }
-
-    static int at(const void* record) {
-        int value;
-        std::memcpy(&value, record, sizeof value);
-        return value;
-    }
-
-    unsigned long (*hasher)(int key) = nullptr;
-    int modulus = 0;  // unless 0, keys that are equal modulo this are the same key
-
-private:
-    void note(const std::string& call) const { log_ += (log_.empty() ? "" : ", ") + call; }
-
-    mutable std::string log_;
+    std::string table() const { return keysOf(buckets); }
 };
 
 /** Where an iterator over a probe dictionary stands: "key=value", "advanced" or "finished". */

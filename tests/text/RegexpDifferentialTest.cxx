@@ -15,7 +15,6 @@
 namespace RegexpDifferentialTest {
 
 using RegexpGenerator::Expression;
-using RegexpGenerator::fromEnvironment;
 using RegexpGenerator::Generator;
 
 void compare(const Expression& expression, const std::string& pattern, const std::string& text) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "RegExp.h"
+#include "support/FromEnvironment.h"
 
 /** Random patterns and texts for comparing matchers, and what goes with them. */
 namespace RegexpGenerator {
@@ -15,11 +16,6 @@ struct Freer {
     void operator()(regexp* expression) const { std::free(expression); }
 };
 typedef std::unique_ptr<regexp, Freer> Expression;
-
-inline unsigned long fromEnvironment(const char* name, unsigned long otherwise) {
-    const char* value = std::getenv(name);
-    return value ? std::strtoul(value, nullptr, 10) : otherwise;
-}
 
 class Generator {
 public:

@@ -315,8 +315,8 @@ TEST(SLinearPatternTest, ThePatternOfOneRepeatedByte) {
 }
 
 TEST(SLinearPatternTest, AgreesWithANaiveSearch) {
-    unsigned long seed = RegexpGenerator::fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = RegexpGenerator::fromEnvironment("QN_ROUNDS", 50000);
+    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
+    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
     std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
     std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
     auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };

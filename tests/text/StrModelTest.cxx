@@ -15,6 +15,7 @@
 #include <string>
 
 #include "Str.h"
+#include "support/FromEnvironment.h"
 #include "support/SanitizedHeap.h"
 
 namespace StrModelTest {
@@ -371,11 +372,6 @@ private:
     Model model_[Strings];
     std::string held_;
 };
-
-unsigned long fromEnvironment(const char* name, unsigned long otherwise) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? otherwise : std::strtoul(value, nullptr, 10);
-}
 
 TEST(StrModel, RandomOperationsGiveWhatTheModelHas) {
     int index = qnStr::delim_idx;

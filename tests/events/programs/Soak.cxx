@@ -4,12 +4,12 @@
 // MORVAQNDS_SOAK_SEED gives the seed, MORVAQNDS_SOAK_OPERATIONS their number.
 #include <sys/times.h>
 
-#include <chrono>
 #include <map>
 
 #include "../soak/LibraryWorld.h"
 #include "../soak/ModelWorld.h"
 #include "OrderedGlobal.h"
+#include "support/FromEnvironment.h"
 
 long soak::waitTicks = 0;
 
@@ -26,11 +26,6 @@ extern "C" __attribute__((visibility("default"))) clock_t times(tms*) noexcept {
 }
 
 namespace {
-
-unsigned long long setting(const char* name, unsigned long long otherwise) {
-    const char* text = std::getenv(name);
-    return text == nullptr ? otherwise : std::strtoull(text, nullptr, 0);
-}
 
 /** How often each kind of thing happened. */
 std::map<std::string, unsigned long long> counts;
@@ -54,10 +49,8 @@ bool sameLogs(soak::World& library, soak::World& model, unsigned long long seed,
 }  // namespace
 
 int main() {
-    const unsigned long long now =
-        static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count());
-    const unsigned long long seed = setting("MORVAQNDS_SOAK_SEED", now % 1000000007u);
-    const unsigned long long operations = setting("MORVAQNDS_SOAK_OPERATIONS", 1000000);
+    const unsigned long long seed = fromEnvironment("MORVAQNDS_SOAK_SEED", std::random_device()());
+    const unsigned long long operations = fromEnvironment("MORVAQNDS_SOAK_OPERATIONS", 1000000);
     std::printf("Soak: seed %llu, %llu operations\n", seed, operations);
     std::fflush(stdout);
 

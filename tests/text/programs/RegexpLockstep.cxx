@@ -32,8 +32,8 @@ bool agrees(regexp& expression, const std::string& text) {
 }  // namespace
 
 int main() {
-    unsigned long seed = RegexpGenerator::fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = RegexpGenerator::fromEnvironment("QN_ROUNDS", 50000);
+    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
+    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
     std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
     RegexpGenerator::Generator generator(seed);
     for (unsigned long round = 0; round < rounds; ++round) {
