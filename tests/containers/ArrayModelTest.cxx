@@ -9,6 +9,7 @@
 
 #include "NumberArrays.h"
 #include "StrArray.h"
+#include "support/RandomRun.h"
 
 namespace ArrayModelTest {
 
@@ -33,13 +34,13 @@ Traits<qnIntArray>::Value valueOf(int element) { return element; }
 Traits<qnStrArray>::Value valueOf(const qnStr& element) { return element.text(); }
 
 template <class ArrayClass>
-class Run {
+class Beside {
 public:
     typedef typename ArrayClass::ElementType Element;
     typedef Traits<ArrayClass> T;
     typedef typename T::Value Value;
 
-    explicit Run(unsigned seed) : random_(seed) {}
+    explicit Beside(unsigned long seed) : random_(static_cast<std::mt19937::result_type>(seed)) {}
 
     void step() {
         unsigned length = static_cast<unsigned>(model_.size());
@@ -176,19 +177,20 @@ private:
 };
 
 template <class ArrayClass>
-void run(unsigned seeds, unsigned steps) {
-    for (unsigned seed = 1; seed <= seeds; ++seed) {
-        Run<ArrayClass> random(seed);
-        for (unsigned i = 0; i < steps; ++i) {
+void agreesWithTheModel() {
+    const RandomRun run(40);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
+        Beside<ArrayClass> random(run.seed + round);
+        for (unsigned step = 0; step < 500; ++step) {
             random.step();
             random.check();
-            ASSERT_FALSE(testing::Test::HasFatalFailure()) << "seed " << seed << ", step " << i;
+            ASSERT_FALSE(testing::Test::HasFatalFailure()) << "round " << round << ", step " << step;
         }
     }
 }
 
-TEST(ArrayModel, IntsAgreeWithTheModel) { run<qnIntArray>(40, 500); }
+TEST(ArrayModel, IntsAgreeWithTheModel) { agreesWithTheModel<qnIntArray>(); }
 
-TEST(ArrayModel, StringsAgreeWithTheModel) { run<qnStrArray>(40, 500); }
+TEST(ArrayModel, StringsAgreeWithTheModel) { agreesWithTheModel<qnStrArray>(); }
 
 }  // namespace ArrayModelTest

@@ -16,6 +16,7 @@
 
 #include "NumberArrays.h"
 #include "StrArray.h"
+#include "support/RandomRun.h"
 #include "support/RecordingArray.h"
 
 namespace ArraySortTest {
@@ -182,7 +183,7 @@ TEST(ArraySort, TwoTiesBecomeTheFirst) {
 
 /** Random numbers of 32 bits, the same on every machine. */
 struct Random {
-    explicit Random(unsigned seed) : engine(seed) {}
+    explicit Random(unsigned long seed) : engine(static_cast<std::mt19937::result_type>(seed)) {}
     unsigned operator()() { return static_cast<unsigned>(engine()); }
     std::mt19937 engine;
 };
@@ -256,8 +257,9 @@ TEST(ArraySort, AgreesWithTheModelOnEveryArrayOfUpToFiveSmallNumbers) {
 }
 
 TEST(ArraySort, AgreesWithTheModelOnRandomRanges) {
-    Random random(20240611);
-    for (unsigned round = 0; round < 8000; ++round) {
+    const RandomRun run(8000);
+    Random random(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         unsigned length = random() % 40 + 1, different = random() % 60 + 1;
         Model<int> model{{}, compareInts, 0};
         RecordingArray a(4, length);
@@ -276,8 +278,9 @@ TEST(ArraySort, AgreesWithTheModelOnRandomRanges) {
 }
 
 TEST(ArraySort, AgreesWithTheModelOnBytes) {
-    Random random(7);
-    for (unsigned round = 0; round < 3000; ++round) {
+    const RandomRun run(3000);
+    Random random(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         unsigned length = random() % 100;
         Model<int> model{{}, compareInts, 0};
         qnUnsignedCharArray a(length);
@@ -361,8 +364,9 @@ TEST(ArraySort, OfStringsKeepsWhatIsInOrder) {
 }
 
 TEST(ArraySort, OfStringsAgreesWithTheModelAndEveryPlaceOwnsItsText) {
-    Random random(99);
-    for (unsigned round = 0; round < 3000; ++round) {
+    const RandomRun run(3000);
+    Random random(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         Model<std::string> model{{}, [](const std::string& a, const std::string& b) { return a.compare(b); }, ""};
         unsigned length = random() % 20;
         for (unsigned i = 0; i < length; ++i) {

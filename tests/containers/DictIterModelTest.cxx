@@ -1,10 +1,7 @@
-// Random steps on one dictionary with several iterators, against a naive model. The seed is printed and can be given in
-// MORVAQNDS_TEST_SEED.
+// Random steps on one dictionary with several iterators, against a naive model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <random>
 #include <set>
@@ -12,8 +9,8 @@
 #include <vector>
 
 #include "Dictionary.h"
-#include "support/FromEnvironment.h"
 #include "support/ProbeDictionary.h"
+#include "support/RandomRun.h"
 
 namespace DictIterModelTest {
 
@@ -208,15 +205,17 @@ bool seesEachEntryOnce(std::mt19937& random) {
 }
 
 TEST(DictIterModel, SeveralIteratorsStandWhereTheModelSaysAfterRandomSteps) {
-    std::mt19937 random(printedSeed());
-    for (int round = 0; round < 40; ++round) {
+    RandomRun run(40);
+    std::mt19937 random = run.generator();
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         if (!agreesWithModel(random)) break;
     }
 }
 
 TEST(DictIterModel, RemovalDuringIterationSkipsNothingAndShowsNothingTwice) {
-    std::mt19937 random(printedSeed());
-    for (int round = 0; round < 1000; ++round) {
+    RandomRun run(1000);
+    std::mt19937 random = run.generator();
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         if (!seesEachEntryOnce(random)) break;
     }
 }

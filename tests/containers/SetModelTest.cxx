@@ -1,10 +1,7 @@
-// Random steps on sets with iterators alive, against std::set. The seed is printed and can be given in
-// MORVAQNDS_TEST_SEED.
+// Random steps on sets with iterators alive, against std::set.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -13,8 +10,8 @@
 #include <vector>
 
 #include "StrSet.h"
-#include "support/FromEnvironment.h"
 #include "support/ProbeSet.h"
+#include "support/RandomRun.h"
 
 namespace SetModelTest {
 
@@ -172,8 +169,9 @@ private:
 };
 
 TEST(SetModel, HoldsWhatTheModelHoldsAndIteratorsShowEachKeyOnceAfterRandomSteps) {
-    std::mt19937 random(printedSeed());
-    for (int round = 0; round < 60; ++round) {
+    RandomRun run(60);
+    std::mt19937 random = run.generator();
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         unsigned nbuckets = 1 + static_cast<unsigned>(random() % 9), keys = 1 + static_cast<unsigned>(random() % 24);
         SetBesideModel beside(random, nbuckets, keys);
         for (int step = 0; step < 2000; ++step) {
@@ -186,10 +184,11 @@ TEST(SetModel, HoldsWhatTheModelHoldsAndIteratorsShowEachKeyOnceAfterRandomSteps
 }
 
 TEST(SetModel, StringSetHoldsWhatTheModelHolds) {
-    std::mt19937 random(printedSeed());
+    RandomRun run(20000);
+    std::mt19937 random = run.generator();
     qnStrSet set(13);
     std::set<std::string> model;
-    for (int step = 0; step < 20000; ++step) {
+    for (unsigned long step = 0; step < run.rounds; ++step) {
         std::string text = "k" + std::to_string(random() % 300);
         qnStr key(text.c_str());
         if (random() % 2 == 0) {

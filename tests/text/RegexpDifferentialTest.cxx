@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <random>
 #include <string>
 
+#include "support/RandomRun.h"
 #include "text/ReferenceRegex.h"
 #include "text/RegexpGenerator.h"
 
 /*
- * The engine against plain recursion, on random patterns and texts. `QN_SEED` gives the seed, `QN_ROUNDS` the number of
- * patterns; `QN_ROUNDS=1000000` is the long run.
+ * The engine against plain recursion, on random patterns and texts. The long run has 1,000,000 rounds.
  */
 namespace RegexpDifferentialTest {
 
@@ -31,11 +29,9 @@ void compare(const Expression& expression, const std::string& pattern, const std
 }
 
 TEST(RegexpDifferentialTest, FindsTheMatchesAndGroupsOfPlainRecursion) {
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
-    std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
-    Generator generator(seed);
-    for (unsigned long round = 0; round < rounds; ++round) {
+    RandomRun run(50000);
+    Generator generator(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         generator.restart();
         bool width = false;
         std::string pattern = generator.pattern(3, width);
@@ -49,12 +45,10 @@ TEST(RegexpDifferentialTest, FindsTheMatchesAndGroupsOfPlainRecursion) {
 }
 
 TEST(RegexpDifferentialTest, WhateverNoiseCompilesIsMatchedAlike) {
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
-    std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
-    Generator generator(seed);
+    RandomRun run(50000);
+    Generator generator(run.seed);
     unsigned long compiled = 0;
-    for (unsigned long round = 0; round < rounds; ++round) {
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         std::string pattern = generator.noise();
         Expression expression(qnregcomp(pattern.c_str()));
         if (!expression) continue;
@@ -62,18 +56,17 @@ TEST(RegexpDifferentialTest, WhateverNoiseCompilesIsMatchedAlike) {
         compare(expression, pattern, generator.text());
         if (HasFatalFailure()) return;
     }
-    EXPECT_GT(compiled, rounds / 100);
-    EXPECT_LT(compiled, rounds);
+    EXPECT_GT(compiled, run.rounds / 100);
+    EXPECT_LT(compiled, run.rounds);
 }
 
 // One mistake put into a sound pattern, at a place where nothing around it can make it sound.
 TEST(RegexpDifferentialTest, OneMistakeInASoundPatternIsRejected) {
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    std::printf("QN_SEED=%lu\n", seed);
+    RandomRun run(5000);
     static const char* const mistakes[] = {"(",  ")",  "a**",   "a+?", "(*)",  "()+", "(a*)*",
                                            "^*", "$+", "[z-a]", "[a",  "(|?)", "a\\"};
-    Generator generator(seed);
-    for (int round = 0; round < 5000; ++round) {
+    Generator generator(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         generator.restart();
         bool width = false;
         std::string sound = generator.pattern(2, width);

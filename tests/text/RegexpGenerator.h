@@ -7,7 +7,6 @@
 #include <string>
 
 #include "RegExp.h"
-#include "support/FromEnvironment.h"
 
 /** Random patterns and texts for comparing matchers, and what goes with them. */
 namespace RegexpGenerator {

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -11,7 +10,7 @@
 
 #include "SLinearPattern.h"
 #include "Str.h"
-#include "text/RegexpGenerator.h"
+#include "support/RandomRun.h"
 
 namespace SLinearPatternTest {
 
@@ -315,13 +314,11 @@ TEST(SLinearPatternTest, ThePatternOfOneRepeatedByte) {
 }
 
 TEST(SLinearPatternTest, AgreesWithANaiveSearch) {
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
-    std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
-    std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
+    RandomRun run(50000);
+    std::mt19937 random = run.generator();
     auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     const std::string alphabets[] = {"a", "ab", std::string("ab\0", 3), "\x7f\x80\xff", "abcdefghijklmnopqrstuvwxyz"};
-    for (unsigned long round = 0; round < rounds; ++round) {
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         const std::string& alphabet = alphabets[below(5)];
         auto letters = [&](std::size_t length) {
             std::string text;
@@ -337,7 +334,7 @@ TEST(SLinearPatternTest, AgreesWithANaiveSearch) {
         } else {
             pattern = letters(1 + below(6));
         }
-        ASSERT_EQ(naiveFind(pattern, text), find(pattern, text)) << "seed " << seed << ", round " << round;
+        ASSERT_EQ(naiveFind(pattern, text), find(pattern, text)) << "round " << round;
     }
 }
 

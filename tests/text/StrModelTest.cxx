@@ -1,6 +1,5 @@
 // Random operations on a few strings, next to a model: a text and the size of the block that was asked for. Arguments
-// are texts of their own, pieces of the string itself and pieces of other strings. The seed is printed; `QN_SEED` sets
-// it and `QN_ROUNDS` the number of operations.
+// are texts of their own, pieces of the string itself and pieces of other strings.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -15,7 +14,7 @@
 #include <string>
 
 #include "Str.h"
-#include "support/FromEnvironment.h"
+#include "support/RandomRun.h"
 #include "support/SanitizedHeap.h"
 
 namespace StrModelTest {
@@ -75,7 +74,7 @@ std::uint32_t hashOf(const std::string& text) {
 
 class Operations {
 public:
-    explicit Operations(unsigned long seed) : random_(seed) {}
+    explicit Operations(const std::mt19937& random) : random_(random) {}
 
     void step() {
         unsigned which = pick(Strings);
@@ -376,13 +375,11 @@ private:
 TEST(StrModel, RandomOperationsGiveWhatTheModelHas) {
     int index = qnStr::delim_idx;
     qnStr::delim_idx = -1;
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = fromEnvironment("QN_ROUNDS", 150000);
-    std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
-    Operations operations(seed);
-    for (unsigned long i = 0; i < rounds; ++i) {
+    RandomRun run(150000);
+    Operations operations(run.generator());
+    for (unsigned long i = 0; i < run.rounds; ++i) {
         operations.step();
-        ASSERT_FALSE(testing::Test::HasFailure()) << "QN_SEED=" << seed << ", operation " << i;
+        ASSERT_FALSE(testing::Test::HasFailure()) << "operation " << i;
     }
     qnStr::delim_idx = index;
 }

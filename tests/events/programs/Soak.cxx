@@ -1,7 +1,5 @@
 // A million random operations on objects, channels, properties, timers and handlers, most of them inside what other
 // operations set off, carried out by the library and by a model of the rules: the same must happen in the same order.
-//
-// MORVAQNDS_SOAK_SEED gives the seed, MORVAQNDS_SOAK_OPERATIONS their number.
 #include <sys/times.h>
 
 #include <map>
@@ -9,7 +7,7 @@
 #include "../soak/LibraryWorld.h"
 #include "../soak/ModelWorld.h"
 #include "OrderedGlobal.h"
-#include "support/FromEnvironment.h"
+#include "support/RandomRun.h"
 
 long soak::waitTicks = 0;
 
@@ -36,48 +34,58 @@ void count(const std::string& log) {
     }
 }
 
-bool sameLogs(soak::World& library, soak::World& model, unsigned long long seed, unsigned long long step) {
-    const std::string happened = library.takeLog(), expected = model.takeLog();
-    count(happened);
-    if (happened == expected && library.queued() == model.queued()) return true;
-    std::fprintf(stderr,
-                 "Soak: seed %llu, operation %llu\nexpected (then %u messages wait):\n%shappened (%u wait):\n%s", seed,
-                 step, model.queued(), expected.c_str(), library.queued(), happened.c_str());
-    return false;
-}
+/** The library's world and the model's, told the same. */
+class Worlds {
+public:
+    explicit Worlds(unsigned long seed) : seed_(seed), library_(seed), model_(seed) {}
+
+    /** Tells both, and says whether the same followed. */
+    template <class Tell>
+    bool agreeOn(const Tell& tell) {
+        tell(library_);
+        tell(model_);
+        ++told_;
+        const std::string happened = library_.takeLog(), expected = model_.takeLog();
+        count(happened);
+        if (happened == expected && library_.queued() == model_.queued() && library_.empty() == model_.empty()) {
+            return true;
+        }
+        std::fprintf(stderr,
+                     "Soak: seed %lu, operation %lu\nexpected (then %u messages wait):\n%shappened (%u wait):\n%s",
+                     seed_, told_, model_.queued(), expected.c_str(), library_.queued(), happened.c_str());
+        return false;
+    }
+
+    bool empty() const { return library_.empty() && library_.queued() == 0; }
+
+private:
+    const unsigned long seed_;
+    unsigned long told_ = 0;
+    soak::LibraryWorld library_;
+    soak::ModelWorld model_;
+};
 
 }  // namespace
 
 int main() {
-    const unsigned long long seed = fromEnvironment("MORVAQNDS_SOAK_SEED", std::random_device()());
-    const unsigned long long operations = fromEnvironment("MORVAQNDS_SOAK_OPERATIONS", 1000000);
-    std::printf("Soak: seed %llu, %llu operations\n", seed, operations);
-    std::fflush(stdout);
-
+    const RandomRun run(1000000);
     qnInitializeToolkit();
-    soak::LibraryWorld library(seed);
-    soak::ModelWorld model(seed);
-    soak::Random random(seed);
-    for (unsigned long long step = 0; step < operations; ++step) {
+    Worlds worlds(run.seed);
+    soak::Random random(run.seed);
+    for (unsigned long step = 0; step < run.rounds; ++step) {
         const std::uint64_t operation = random.next();
-        soak::operate(library, operation);
-        soak::operate(model, operation);
-        if (!sameLogs(library, model, seed, step)) return 1;
+        if (!worlds.agreeOn([&](soak::World& world) { soak::operate(world, operation); })) return 1;
     }
-
-    library.clear();
-    model.clear();
-    while (library.queued() != 0 || model.queued() != 0) {
-        library.distribute();
-        model.distribute();
-        if (!sameLogs(library, model, seed, operations)) return 1;
+    // What happens while everything is destroyed makes new things: until nothing is left.
+    while (!worlds.empty()) {
+        if (!worlds.agreeOn([](soak::World& world) { world.clear(); })) return 1;
+        if (!worlds.agreeOn([](soak::World& world) { world.distribute(); })) return 1;
     }
-    if (!sameLogs(library, model, seed, operations)) return 1;
 
     for (const char* kind : {"input", "release", "tick", "read", "before", "after"}) {
         std::printf("%s: %llu\n", kind, counts[kind]);
-        if (counts[kind] < operations / 200) {
-            std::fprintf(stderr, "Soak: seed %llu: only %llu times %s\n", seed, counts[kind], kind);
+        if (counts[kind] < run.rounds / 200) {
+            std::fprintf(stderr, "Soak: seed %lu: only %llu times %s\n", run.seed, counts[kind], kind);
             return 1;
         }
     }

@@ -6,9 +6,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <iterator>
 
 #include "Converter.h"
 #include "EventHandler.h"
@@ -230,11 +232,11 @@ public:
         qn_theExecutive->poll(0);
     }
 
-    /** Destroys everything. */
-    void clear() {
-        for (int t = 0; t < Timers; ++t) destroyTimer(t);
-        for (int h = 0; h < Handlers; ++h) destroyHandler(h);
-        for (int o = 0; o < Objects; ++o) destroyObject(o);
+    bool empty() const override {
+        const auto none = [](const void* place) { return place == nullptr; };
+        return std::all_of(std::begin(objects_), std::end(objects_), none) &&
+               std::all_of(std::begin(timers_), std::end(timers_), none) &&
+               std::all_of(std::begin(handlers_), std::end(handlers_), none);
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <vector>
@@ -308,11 +309,11 @@ public:
         distribute();
     }
 
-    /** Destroys everything. */
-    void clear() {
-        for (int t = 0; t < Timers; ++t) destroyTimer(t);
-        for (int h = 0; h < Handlers; ++h) destroyHandler(h);
-        for (int o = 0; o < Objects; ++o) destroyObject(o);
+    bool empty() const override {
+        const auto none = [](const std::shared_ptr<void>& place) { return !place; };
+        return std::all_of(std::begin(objects_), std::end(objects_), none) &&
+               std::all_of(std::begin(timers_), std::end(timers_), none) &&
+               std::all_of(std::begin(handlers_), std::end(handlers_), none);
     }
 
 private:

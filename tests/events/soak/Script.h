@@ -46,16 +46,22 @@ inline void operate(World& world, std::uint64_t seed) {
         case 0:
         case 1:
         case 2: world.makeObject(a); break;
-        case 3: if (value % 8 == 0) world.destroyObject(a); break;
+        case 3:
+            if (value % 8 == 0) world.destroyObject(a);
+            break;
         case 4:
         case 5:
         case 6:
         case 7:
-        case 8: if (value % 3 == 0) world.addInput(a, x, type, flag); break;
+        case 8:
+            if (value % 3 == 0) world.addInput(a, x, type, flag);
+            break;
         case 9:
         case 10:
         case 11:
-        case 12: if (value % 3 == 0) world.addOutput(a, x, type); break;
+        case 12:
+            if (value % 3 == 0) world.addOutput(a, x, type);
+            break;
         case 13: world.removeInput(a, x); break;
         case 14: world.removeOutput(a, x); break;
         case 15: world.flushInput(a, x); break;

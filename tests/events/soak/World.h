@@ -79,6 +79,16 @@ public:
     /** Messages that wait. */
     virtual unsigned queued() const = 0;
 
+    /** Whether there is no object, timer or handler. */
+    virtual bool empty() const = 0;
+
+    /** Destroys what there is. */
+    void clear() {
+        for (int t = 0; t < Timers; ++t) destroyTimer(t);
+        for (int h = 0; h < Handlers; ++h) destroyHandler(h);
+        for (int o = 0; o < Objects; ++o) destroyObject(o);
+    }
+
     /** Everything that happened since the last look. */
     std::string takeLog() {
         std::string taken;

@@ -1,9 +1,9 @@
+#include "support/RandomRun.h"
 #include "text/ReferenceRegex.h"
 #include "text/RegexpGenerator.h"
 
 // The library does not export its insides, so this program has a copy of them.
 #include <cstdio>
-#include <random>
 #include <string>
 
 #include "text/regexpLockstep.cxx"
@@ -11,8 +11,7 @@
 #include "text/regexpSearch.cxx"
 
 /*
- * The lockstep matcher alone against plain recursion: on small texts the library would never get to it. `QN_SEED` and
- * `QN_ROUNDS` as for the differential tests.
+ * The lockstep matcher alone against plain recursion: on small texts the library would never get to it.
  */
 namespace {
 
@@ -32,11 +31,9 @@ bool agrees(regexp& expression, const std::string& text) {
 }  // namespace
 
 int main() {
-    unsigned long seed = fromEnvironment("QN_SEED", std::random_device()());
-    unsigned long rounds = fromEnvironment("QN_ROUNDS", 50000);
-    std::printf("QN_SEED=%lu QN_ROUNDS=%lu\n", seed, rounds);
-    RegexpGenerator::Generator generator(seed);
-    for (unsigned long round = 0; round < rounds; ++round) {
+    RandomRun run(50000);
+    RegexpGenerator::Generator generator(run.seed);
+    for (unsigned long round = 0; round < run.rounds; ++round) {
         generator.restart();
         bool width = false;
         std::string pattern = generator.pattern(3, width);
@@ -44,7 +41,8 @@ int main() {
         for (int i = 0; i < 3; ++i) {
             std::string text = generator.text();
             if (expression && agrees(*expression, text)) continue;
-            std::fprintf(stderr, "QN_SEED=%lu: pattern <%s> text <%s>\n", seed, pattern.c_str(), text.c_str());
+            std::fprintf(stderr, "MORVAQNDS_TEST_SEED=%lu: pattern <%s> text <%s>\n", run.seed, pattern.c_str(),
+                         text.c_str());
             return 1;
         }
     }
