@@ -108,7 +108,8 @@ void sendThroughConverter(benchmark::State& state) {
     qnObj sender, receiver;
     float sum = 0;
     qnOutputChannel* output = sender.addOutput("out", qnDT_int);
-    receiver.addInput("in", &sum, +[](float* s, float value) { *s += value; });
+    const auto add = +[](float* s, float value) { *s += value; };
+    receiver.addInput("in", &sum, add);
     sender.connect("out", &receiver, "in");
     for (auto _ : state) sender.sendInt(output, 1, qnObj::qnSF_Immediate);
     benchmark::DoNotOptimize(sum);

@@ -3,7 +3,7 @@
 
 #include "EventHandler.h"
 
-/** `qnEventHandler::postMessage`, for calls inside the library: they do not go through the table of exported symbols. */
+/** `qnEventHandler::postMessage` for calls inside the library: not by way of the table of exported symbols. */
 void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnObj::qnSendFlags mode);
 
 #endif

@@ -19,9 +19,7 @@ typedef qnBoundingBox Box;
 
 static_assert(sizeof(Box) == 16, "four ints");
 
-TEST(BoundingBox, StartsZeroed) {
-    EXPECT_EQ(Box(0, 0, 0, 0), Box());
-}
+TEST(BoundingBox, StartsZeroed) { EXPECT_EQ(Box(0, 0, 0, 0), Box()); }
 
 TEST(BoundingBox, HoldsItsFieldsInTheOrderXYWidthHeight) {
     Box box(1, 2, 3, 4);

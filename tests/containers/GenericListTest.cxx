@@ -32,9 +32,7 @@ const char* const underflowMessage = "^List underflow in ../GenericList.cxx abor
 // The items are the letters of this text, so that a list reads as a string.
 char letters[] = "abcdefghijklmnopqrstuvwxyz";
 
-void* letter(char c) {
-    return &letters[c - 'a'];
-}
+void* letter(char c) { return &letters[c - 'a']; }
 
 void fill(GenericList& list, const char* text) {
     for (; *text != '\0'; ++text) list.append(letter(*text));
@@ -54,9 +52,7 @@ std::string backwardText(const GenericList& list) {
     return text;
 }
 
-char cursorLetter(const GenericList& list) {
-    return *static_cast<char*>(list.cursor->item);
-}
+char cursorLetter(const GenericList& list) { return *static_cast<char*>(list.cursor->item); }
 
 void expectList(const GenericList& list, const std::string& text) {
     EXPECT_EQ(text, forwardText(list));
@@ -189,9 +185,7 @@ TEST(GenericListTest, AnIndexAboveTheCursorIsWalkedToFromTheTailWhenThatIsShorte
     EXPECT_EQ("tail-1", Rig(10, 7).find(8));
 }
 
-TEST(GenericListTest, EveryWalkInListsOfUpToNineItemsTakesTheStatedRoute) {
-    ListWalkRig::checkAllRoutes<Rig>(9);
-}
+TEST(GenericListTest, EveryWalkInListsOfUpToNineItemsTakesTheStatedRoute) { ListWalkRig::checkAllRoutes<Rig>(9); }
 
 TEST(GenericListTest, AscendingIndicesTakeOneStepEach) {
     // After the first call every step goes from the cursor, until the tail is as near.

@@ -326,9 +326,7 @@ TEST(HashTableTest, CountStartsAgainAtTheLowestIntAndTheTableGoesOn) {
 HashTable* walked = nullptr;
 Keys visited;
 
-void record(HashEntry* entry) {
-    visited.push_back(entry->key);
-}
+void record(HashEntry* entry) { visited.push_back(entry->key); }
 
 Keys walk(HashTable& table, void (*function)(HashEntry*)) {
     walked = &table;

@@ -28,9 +28,7 @@ struct Letter : qnLinkItem {
     char name;
 };
 
-char nameOf(const qnLinkItem* item) {
-    return item != nullptr ? static_cast<const Letter*>(item)->name : '-';
-}
+char nameOf(const qnLinkItem* item) { return item != nullptr ? static_cast<const Letter*>(item)->name : '-'; }
 
 std::string chainText(const qnLinkItem* item) {
     std::string text;
@@ -148,9 +146,7 @@ TEST(IndexableListTest, WalksAboveTheCursorStartAtTheCursorOnlyIfThatIsShorter) 
     EXPECT_EQ("tail-3", Rig(10, 3).find(6));
 }
 
-TEST(IndexableListTest, EveryWalkInListsOfUpToNineItemsTakesTheStatedRoute) {
-    ListWalkRig::checkAllRoutes<Rig>(9);
-}
+TEST(IndexableListTest, EveryWalkInListsOfUpToNineItemsTakesTheStatedRoute) { ListWalkRig::checkAllRoutes<Rig>(9); }
 
 TEST(IndexableListTest, FindLinkPutsAMissingCursorOnTheHeadFirst) {
     Letters letters("abcdef");

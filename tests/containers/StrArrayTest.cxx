@@ -41,9 +41,7 @@ struct Names : qnStrArray {
     }
 };
 
-TEST(StrArray, AnElementIsAStringObject) {
-    EXPECT_EQ(sizeof(qnStr), qnStrArray().elementSize);
-}
+TEST(StrArray, AnElementIsAStringObject) { EXPECT_EQ(sizeof(qnStr), qnStrArray().elementSize); }
 
 TEST(StrArray, OfACountHoldsEmptyStrings) {
     qnStrArray a(3);

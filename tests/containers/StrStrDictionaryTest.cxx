@@ -198,9 +198,7 @@ TEST(StrStrDictionary, FactoryMakesOneWithoutBucketsThatMissesLookups) {
     qnStrStrDictionary_type.deleteInstance(d);
 }
 
-TEST(StrStrDictionary, DeletingNullDoesNothing) {
-    qnStrStrDictionary::deleteInstance(nullptr);
-}
+TEST(StrStrDictionary, DeletingNullDoesNothing) { qnStrStrDictionary::deleteInstance(nullptr); }
 
 TEST(StrStrDictionary, DestructorDetachesItsIterators) {
     qnStrStrDictionaryIter it;

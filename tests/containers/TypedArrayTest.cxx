@@ -105,9 +105,7 @@ TYPED_TEST(TypedArrayOf, ACountOfZeroGivesNoBlock) {
     EXPECT_EQ(0u, a.maxBytes);
 }
 
-TYPED_TEST(TypedArrayOf, AnswersArrayAsItsName) {
-    EXPECT_STREQ("ARRAY", TypeParam().className());
-}
+TYPED_TEST(TypedArrayOf, AnswersArrayAsItsName) { EXPECT_STREQ("ARRAY", TypeParam().className()); }
 
 TYPED_TEST(TypedArrayOf, GrowsByFourElements) {
     TypeParam a;
@@ -280,9 +278,7 @@ TYPED_TEST(SerialArrayOf, AFactoryMadeArrayCanBeUsedLikeAnyOther) {
     type.deleteInstance(made);
 }
 
-TYPED_TEST(SerialArrayOf, DeleteInstanceIgnoresNull) {
-    TypeParam::deleteInstance(nullptr);
-}
+TYPED_TEST(SerialArrayOf, DeleteInstanceIgnoresNull) { TypeParam::deleteInstance(nullptr); }
 
 TEST(TypedArray, EachClassHasItsOwnTypeObject) {
     EXPECT_EQ(&qnBoolArray_type, &qnBoolArray().getTypeObj());
@@ -299,9 +295,7 @@ TEST(TypedArray, EachClassHasItsOwnTypeObject) {
 }
 
 // Deliberate: eleven classes share the name, and the last one registered answers to it.
-TEST(TypedArray, TheNameArrayFindsTheStringArray) {
-    EXPECT_EQ(&qnStrArray_type, qnTypeObj::findType("ARRAY"));
-}
+TEST(TypedArray, TheNameArrayFindsTheStringArray) { EXPECT_EQ(&qnStrArray_type, qnTypeObj::findType("ARRAY")); }
 
 // Pointers
 
@@ -321,9 +315,7 @@ TEST(TypedArray, APointerArrayThatGrowsByResizeGetsNullPointers) {
     EXPECT_THAT(std::vector<void*>(a.elements(), a.elements() + 4), ElementsAre(p, nullptr, nullptr, nullptr));
 }
 
-TEST(TypedArray, APointerArrayKeepsTheRootsTypeObject) {
-    EXPECT_EQ(&qnArray_type, &qnVoidPtrArray().getTypeObj());
-}
+TEST(TypedArray, APointerArrayKeepsTheRootsTypeObject) { EXPECT_EQ(&qnArray_type, &qnVoidPtrArray().getTypeObj()); }
 
 TEST(TypedArray, PointersAreFoundByAddressAndNotByWhatTheyPointTo) {
     int x = 1, y = 1;

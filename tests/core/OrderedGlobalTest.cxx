@@ -15,12 +15,8 @@ static_assert(offsetof(qnOrderedGlobal, construct) == 0, "the construct function
 static_assert(offsetof(qnOrderedGlobal, destruct) == sizeof(void*), "the destruct function comes second");
 static_assert(offsetof(qnOrderedGlobal, dependencies) == 2 * sizeof(void*), "the dependencies come last");
 
-void make() {
-    FAIL() << "declaring constructs nothing";
-}
-void drop() {
-    FAIL() << "declaring destroys nothing";
-}
+void make() { FAIL() << "declaring constructs nothing"; }
+void drop() { FAIL() << "declaring destroys nothing"; }
 
 /** For the time of a test there are no orders yet. */
 class OrderedGlobal : public testing::Test {

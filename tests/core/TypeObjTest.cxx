@@ -13,13 +13,9 @@
 
 namespace TypeObjTest {
 
-void* make(qnTypeObj&) {
-    return nullptr;
-}
+void* make(qnTypeObj&) { return nullptr; }
 void destroy(void*) {}
-bool transcribe(void*, qnTranscriber&) {
-    return true;
-}
+bool transcribe(void*, qnTranscriber&) { return true; }
 
 /** For the time of a test the registry is as it was before anything was registered. */
 class EmptyRegistry : public testing::Test {

@@ -7,9 +7,7 @@
 namespace {
 
 bool made = false;
-void make() {
-    made = true;
-}
+void make() { made = true; }
 void drop() {
     std::fputs("destroyed\n", stderr);
     _exit(1);

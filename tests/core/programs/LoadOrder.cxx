@@ -75,12 +75,8 @@ qnStrStrDictionaryIter staticIter(staticPairs);
 qnTypeObj Early_type("Early", 1, Early::newInstance, Early::deleteInstance, Early::xdr);
 
 std::string steps;
-void make() {
-    steps += "make ";
-}
-void drop() {
-    steps += "drop ";
-}
+void make() { steps += "make "; }
+void drop() { steps += "drop "; }
 qnOrderedGlobal* needs[] = {&qnOG_Transcriber, nullptr};
 qnOrderedGlobal global(make, drop, needs, 2);
 

@@ -8,21 +8,15 @@ namespace {
 
 std::string steps;
 
-void makeLate() {
-    steps += "makeLate ";
-}
-void dropLate() {
-    steps += "dropLate ";
-}
+void makeLate() { steps += "makeLate "; }
+void dropLate() { steps += "dropLate "; }
 
 void makeToolkit() {
     steps += "T ";
     new qnOrderedGlobal(makeLate, dropLate, nullptr,
                         2);  // comes too late, although the application's turn is still to come
 }
-void dropToolkit() {
-    steps += "t ";
-}
+void dropToolkit() { steps += "t "; }
 void makeFirst() {
     steps += "A ";
     qnInitializeToolkit();                                // returns at once
@@ -32,12 +26,8 @@ void dropFirst() {
     steps += "a ";
     qnCleanupGlobalOrderings();  // returns at once
 }
-void makeSecond() {
-    steps += "B ";
-}
-void dropSecond() {
-    steps += "b ";
-}
+void makeSecond() { steps += "B "; }
+void dropSecond() { steps += "b "; }
 
 qnOrderedGlobal toolkit(makeToolkit, dropToolkit, nullptr, 1);
 qnOrderedGlobal first(makeFirst, dropFirst, nullptr, 2);
