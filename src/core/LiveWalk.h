@@ -1,6 +1,8 @@
 #ifndef MORVAQNDS_LIVEWALK_H
 #define MORVAQNDS_LIVEWALK_H
 
+#include "core/Nested.h"
+
 /**
  * A walk over a list by index while the functions that are called on the way change the list.
  *
@@ -10,20 +12,12 @@
  *
  * It visits what was listed at the start, in order, each once: what leaves the list meanwhile is skipped, what is added
  * at the end is not visited. Whoever takes an element out of a list says so with `removed`; whoever destroys a list
- * that is walked says so with `gone`. Walks live on the stack, one inside the other; where none is under way, both
- * calls are a comparison with null.
+ * that is walked says so with `gone`.
  */
-class LiveWalk {
+class LiveWalk : public Nested<LiveWalk> {
 public:
     /** `list` is any address that names the list. */
-    LiveWalk(const void* list, unsigned count)
-        : list_(list), next_(0), end_(count), listed_(false), outer_(innermost_) {
-        innermost_ = this;
-    }
-    ~LiveWalk() { innermost_ = outer_; }
-
-    LiveWalk(const LiveWalk&) = delete;
-    LiveWalk& operator=(const LiveWalk&) = delete;
+    LiveWalk(const void* list, unsigned count) : list_(list), next_(0), end_(count), listed_(false) {}
 
     /** Whether there is another element; `index` receives where it is now. */
     bool next(unsigned& index) {
@@ -38,31 +32,28 @@ public:
 
     /** Element `index` has left the list, and those behind it have moved up. */
     static void removed(const void* list, unsigned index) {
-        for (LiveWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-            if (walk->list_ != list) continue;
-            if (index + 1 == walk->next_) walk->listed_ = false;
-            if (index < walk->next_) --walk->next_;
-            if (index < walk->end_) --walk->end_;
-        }
+        forEach([list, index](LiveWalk& walk) {
+            if (walk.list_ != list) return;
+            if (index + 1 == walk.next_) walk.listed_ = false;
+            if (index < walk.next_) --walk.next_;
+            if (index < walk.end_) --walk.end_;
+        });
     }
 
     /** The list has gone. */
     static void gone(const void* list) {
-        for (LiveWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-            if (walk->list_ != list) continue;
-            walk->end_ = 0;
-            walk->listed_ = false;
-        }
+        forEach([list](LiveWalk& walk) {
+            if (walk.list_ != list) return;
+            walk.end_ = 0;
+            walk.listed_ = false;
+        });
     }
 
 private:
-    static LiveWalk* innermost_;
-
     const void* list_;
     unsigned next_;
     unsigned end_;
     bool listed_;
-    LiveWalk* outer_;
 };
 
 #endif

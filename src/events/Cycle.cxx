@@ -8,6 +8,7 @@
 #include "Exec.h"
 #include "Timer.h"
 #include "core/LiveWalk.h"
+#include "core/Nested.h"
 
 namespace {
 
@@ -38,10 +39,9 @@ float secondsSince(unsigned long start) {
 }  // namespace
 
 /** One pass: the state of the wait, kept apart because what the pass calls may change the executive's. */
-class qnExec::Cycle {
+class qnExec::Cycle : public Nested<Cycle> {
 public:
-    explicit Cycle(qnExec& executive) : executive_(executive), outer_(innermost_) { innermost_ = this; }
-    ~Cycle() { innermost_ = outer_; }
+    explicit Cycle(qnExec& executive) : executive_(executive) {}
 
     void run(float timeout) {
         executive_.callAll(executive_.preSelect_);
@@ -54,11 +54,11 @@ public:
 
     /** A handler is destroyed: another one that is made at its address must not be taken for it. */
     static void gone(const qnSelectHandler* handler) {
-        for (Cycle* cycle = innermost_; cycle != nullptr; cycle = cycle->outer_) {
-            for (int d = cycle->first_; d < cycle->end_; ++d) {
-                if (cycle->handlers_[d] == handler) cycle->handlers_[d] = nullptr;
+        forEach([handler](Cycle& cycle) {
+            for (int d = cycle.first_; d < cycle.end_; ++d) {
+                if (cycle.handlers_[d] == handler) cycle.handlers_[d] = nullptr;
             }
-        }
+        });
     }
 
 private:
@@ -129,10 +129,7 @@ private:
         fd_set* set() { return inUse ? &descriptors : nullptr; }
     };
 
-    static Cycle* innermost_;
-
     qnExec& executive_;
-    Cycle* outer_;
     bool timed_ = false;
     float remaining_ = 0;      // seconds until the front timer fires
     unsigned long start_ = 0;  // clock ticks
@@ -143,8 +140,6 @@ private:
     qnSelectHandler* handlers_[MaxDescriptors];  // those of the wait, from first_: others that come are not called
     int ready_ = 0;
 };
-
-qnExec::Cycle* qnExec::Cycle::innermost_ = nullptr;
 
 void qnExec::leaveCycles(const qnSelectHandler* handler) { Cycle::gone(handler); }
 

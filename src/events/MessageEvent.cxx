@@ -1,34 +1,30 @@
 #include "MessageEvent.h"
 
+#include "core/Nested.h"
+
 namespace {
 
 /**
  * A delivery under way. The event holds the channel and the box for it; an event that is destroyed meanwhile leaves
  * what it holds to its outermost delivery. Nothing is counted twice, so that programs see the holders that there are.
  */
-class Delivery {
+class Delivery : public Nested<Delivery> {
 public:
-    explicit Delivery(const qnMessageEvent* event)
-        : event_(event), channel_(nullptr), data_(nullptr), outer_(innermost_) {
-        innermost_ = this;
-    }
+    explicit Delivery(const qnMessageEvent* event) : event_(event), channel_(nullptr), data_(nullptr) {}
     ~Delivery() {
-        innermost_ = outer_;
+        event_ = nullptr;
         qnRelease(channel_);
         qnRelease(data_);
     }
 
-    Delivery(const Delivery&) = delete;
-    Delivery& operator=(const Delivery&) = delete;
-
     /** Whether a delivery has taken over what a dying event holds. */
     static bool inherit(const qnMessageEvent* event, qnInputChannel* channel, qnData* data) {
         Delivery* heir = nullptr;
-        for (Delivery* each = innermost_; each != nullptr; each = each->outer_) {
-            if (each->event_ != event) continue;
-            each->event_ = nullptr;
-            heir = each;
-        }
+        forEach([event, &heir](Delivery& delivery) {
+            if (delivery.event_ != event) return;
+            delivery.event_ = nullptr;
+            heir = &delivery;
+        });
         if (heir == nullptr) return false;
         heir->channel_ = channel;
         heir->data_ = data;
@@ -36,15 +32,10 @@ public:
     }
 
 private:
-    static Delivery* innermost_;
-
     const qnMessageEvent* event_;  // null when it has gone: another one may be made in its place
     qnInputChannel* channel_;
     qnData* data_;
-    Delivery* outer_;
 };
-
-Delivery* Delivery::innermost_ = nullptr;
 
 }  // namespace
 

@@ -2,20 +2,15 @@
 #define MORVAQNDS_QUEUEWALK_H
 
 #include "EventQueue.h"
+#include "core/Nested.h"
 
 /**
  * A walk over a queue from the front while what is called on the way takes events out of it. An event's successor is
  * noted before the event is looked at; when either leaves the queue, the walk knows.
  */
-class QueueWalk {
+class QueueWalk : public Nested<QueueWalk> {
 public:
-    explicit QueueWalk(qnEventQueue& queue) : queue_(&queue), current_(nullptr), next_(queue.head), outer_(innermost_) {
-        innermost_ = this;
-    }
-    ~QueueWalk() { innermost_ = outer_; }
-
-    QueueWalk(const QueueWalk&) = delete;
-    QueueWalk& operator=(const QueueWalk&) = delete;
+    explicit QueueWalk(qnEventQueue& queue) : queue_(&queue), current_(nullptr), next_(queue.head) {}
 
     /** The next event, or null at the end. */
     qnEvent* advance() {
@@ -29,26 +24,23 @@ public:
 
     /** An event leaves its queue; it is linked still. */
     static void leaving(const qnEvent* event) {
-        for (QueueWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-            if (walk->current_ == event) walk->current_ = nullptr;
-            if (walk->next_ == event) walk->next_ = event->next;
-        }
+        forEach([event](QueueWalk& walk) {
+            if (walk.current_ == event) walk.current_ = nullptr;
+            if (walk.next_ == event) walk.next_ = event->next;
+        });
     }
 
     /** A queue goes. */
     static void gone(const qnEventQueue* queue) {
-        for (QueueWalk* walk = innermost_; walk != nullptr; walk = walk->outer_) {
-            if (walk->queue_ == queue) walk->current_ = walk->next_ = nullptr;
-        }
+        forEach([queue](QueueWalk& walk) {
+            if (walk.queue_ == queue) walk.current_ = walk.next_ = nullptr;
+        });
     }
 
 private:
-    static QueueWalk* innermost_;
-
     const qnEventQueue* queue_;
     qnEvent* current_;
     qnEvent* next_;
-    QueueWalk* outer_;
 };
 
 #endif

@@ -6,6 +6,7 @@
 #include <cfloat>
 #include <vector>
 
+#include "core/Nested.h"
 #include "core/Watch.h"
 
 qnTimer* qnTimer::activeTimers_ = nullptr;
@@ -27,10 +28,9 @@ float difference(float a, float b) {
  * One advance of time. It remembers the timers to arm again afterwards, and those that fired at the present moment,
  * because one that is started again without any interval would otherwise fire for ever.
  */
-class qnTimer::Pass {
+class qnTimer::Pass : public Nested<Pass> {
 public:
-    explicit Pass(float seconds) : left_(seconds), outer_(innermost_) { innermost_ = this; }
-    ~Pass() { innermost_ = outer_; }
+    explicit Pass(float seconds) : left_(seconds) {}
 
     void run() {
         while (activeTimers_ != nullptr && left_ >= activeTimers_->delta_) {
@@ -59,16 +59,16 @@ public:
 
     /** A timer that waits for the next advance is stopped. */
     static void stopped(const qnTimer* timer) {
-        for (Pass* pass = innermost_; pass != nullptr; pass = pass->outer_) strike(pass->waiting_, timer);
+        forEach([timer](Pass& pass) { strike(pass.waiting_, timer); });
     }
 
     /** A timer is destroyed. */
     static void gone(const qnTimer* timer) {
-        for (Pass* pass = innermost_; pass != nullptr; pass = pass->outer_) {
-            strike(pass->waiting_, timer);
-            strike(pass->again_, timer);
-            strike(pass->fired_, timer);
-        }
+        forEach([timer](Pass& pass) {
+            strike(pass.waiting_, timer);
+            strike(pass.again_, timer);
+            strike(pass.fired_, timer);
+        });
     }
 
 private:
@@ -103,17 +103,12 @@ private:
         }
     }
 
-    static Pass* innermost_;
-
     float left_;
     bool moved_ = false;  // time has passed in this pass
     Timers fired_;        // fired at the present moment
     Timers waiting_;      // active, and not in the list until the pass is over
     Timers again_;        // repeating ones that fired, in that order
-    Pass* outer_;
 };
-
-qnTimer::Pass* qnTimer::Pass::innermost_ = nullptr;
 
 qnTimer::qnTimer(qnBool repeating)
     : interval_(0),

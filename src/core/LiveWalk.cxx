@@ -1,3 +1,0 @@
-#include "core/LiveWalk.h"
-
-LiveWalk* LiveWalk::innermost_ = nullptr;

@@ -1,3 +1,0 @@
-#include "core/Watch.h"
-
-Watch* Watch::innermost_ = nullptr;

@@ -1,3 +1,0 @@
-#include "events/QueueWalk.h"
-
-QueueWalk* QueueWalk::innermost_ = nullptr;
