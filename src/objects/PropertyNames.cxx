@@ -1,4 +1,6 @@
 // The table of property names: the name of tag t is its element t.
+#include <cstring>
+
 #include "Fatal.h"
 #include "Property.h"
 #include "StrArray.h"
@@ -32,9 +34,12 @@ unsigned short qnProperty::findTag(const char* name) {
     if (qn_propertyNames == nullptr) return NoTag;
     const qnStr* names = qn_propertyNames->elements();
     const unsigned n = qn_propertyNames->length();
-    const qnStr sought(name);
+    if (name == nullptr) name = "";
+    const std::size_t slength = std::strlen(name) + 1;
     for (unsigned tag = firstTag; tag < n; ++tag) {
-        if (names[tag] == sought) return static_cast<unsigned short>(tag);
+        if (names[tag].slength == slength && std::memcmp(names[tag].data, name, slength) == 0) {
+            return static_cast<unsigned short>(tag);
+        }
     }
     return NoTag;
 }
