@@ -5,6 +5,8 @@
 add_library(morvaqnds_options INTERFACE)
 target_compile_options(morvaqnds_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Werror)
+# Files of any size, on file systems of any width, on 32-bit machines too. No public header shows such a number.
+target_compile_definitions(morvaqnds_options INTERFACE _FILE_OFFSET_BITS=64)
 
 if(MORVAQNDS_CHECKED)
     # A checked build keeps its assertions, whatever the build type says.

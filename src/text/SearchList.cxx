@@ -1,6 +1,3 @@
-// Entries are read on any file system, whatever the width of its numbers.
-#define _FILE_OFFSET_BITS 64
-
 #include "SearchList.h"
 
 #include <dirent.h>

@@ -117,6 +117,16 @@ TEST_F(File, AStreamForBothReadsWhatItWrote) {
     EXPECT_EQ("abc", std::string(c, 3));
 }
 
+TEST_F(File, OneOfMoreBytesThanALongCountsIsRead) {
+    put("abc");
+    ASSERT_EQ(0, truncate(path.c_str(), 5000000000)) << "the folder's file system holds no such files";
+    qnStdioStream stream(path.c_str(), qnStream::Read, 0);
+    EXPECT_FALSE(stream.hasError());
+    char bytes[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_TRUE(stream.getBytes(bytes, 4));
+    EXPECT_EQ(std::string("abc\0", 4), std::string(bytes, 4));
+}
+
 TEST_F(File, APathThatIsNullIsAnError) {
     qnStdioStream stream(static_cast<const char*>(nullptr), qnStream::Write, 0644);
     EXPECT_TRUE(stream.hasError());
