@@ -1,6 +1,8 @@
 #ifndef MORVAQNDS_RCOBJ_H
 #define MORVAQNDS_RCOBJ_H
 
+#include <utility>
+
 #include "Export.h"
 
 /**
@@ -35,7 +37,7 @@ public:
 
 /** Adds a holder to anything that has a `refCount`. A null pointer is ignored. */
 template <class T>
-inline decltype(static_cast<void>(static_cast<T*>(nullptr)->refCount)) qnRetain(T* object) {
+inline decltype(static_cast<void>(std::declval<T&>().refCount)) qnRetain(T* object) {
     if (object != nullptr) ++object->refCount;
 }
 
@@ -44,7 +46,7 @@ inline decltype(static_cast<void>(static_cast<T*>(nullptr)->refCount)) qnRetain(
  * Returns true when it was destroyed. A null pointer is ignored (false).
  */
 template <class T>
-inline decltype(static_cast<void>(static_cast<T*>(nullptr)->refCount), true) qnRelease(T* object) {
+inline decltype(static_cast<void>(std::declval<T&>().refCount), true) qnRelease(T* object) {
     if (object == nullptr || --object->refCount != 0) return false;
     delete object;
     return true;

@@ -22,13 +22,13 @@ public:
     Counted& operator=(const Counted&) { return *this; }
     virtual ~Counted();
 
-    int count;  ///< holders of this object
+    int count;  ///< holders of this object; wraps at the ends of its range
 };
 
 /** Adds a holder to a `Counted`. A null pointer is ignored. */
 template <class T>
 inline typename std::enable_if<std::is_base_of<Counted, T>::value>::type qnRetain(T* object) {
-    if (object != nullptr) ++object->count;
+    if (object != nullptr) object->count = static_cast<int>(static_cast<unsigned>(object->count) + 1);
 }
 
 /**
@@ -37,7 +37,9 @@ inline typename std::enable_if<std::is_base_of<Counted, T>::value>::type qnRetai
  */
 template <class T>
 inline typename std::enable_if<std::is_base_of<Counted, T>::value, bool>::type qnRelease(T* object) {
-    if (object == nullptr || --object->count > 0) return false;
+    if (object == nullptr) return false;
+    object->count = static_cast<int>(static_cast<unsigned>(object->count) - 1);
+    if (object->count > 0) return false;
     delete static_cast<Counted*>(object);
     return true;
 }
@@ -52,8 +54,8 @@ protected:
     explicit RPtr_base(Counted* object) : pointee(object) { qnRetain(object); }
 
     /**
-     * Holds `object` instead. The new object is retained before the old one is released, so that an object that is
-     * kept alive only through the old one survives the exchange.
+     * Holds `object` instead. Deliberate: the new object is retained before the old one is released, as the old one may
+     * be all that keeps the new one alive; the old one's destructor sees the new count.
      */
     void hold(Counted* object);
 

@@ -85,19 +85,32 @@ class MORVAQNDS_API qnFactoryArray : public qnTypedArray<Self, Element, Layer> {
 public:
     using qnTypedArray<Self, Element, Layer>::qnTypedArray;
 
+    // Not inline: each has one address for the library and all programs, and is that of the type object.
+
     /** A new array that is about to be read; the caller owns it. */
-    static void* newInstance(qnTypeObj& type) {
-        Self* made = new (std::nothrow) Self(type);
-        if (made == nullptr) qnFatal("qnArray::newInstance: out of memory");
-        return made;
-    }
+    MORVAQNDS_API static void* newInstance(qnTypeObj& type);
     /** Destroys what `newInstance` made; null is ignored. */
-    static void deleteInstance(void* object) { delete static_cast<Self*>(object); }
-    static bool xdr(void* object, qnTranscriber& transcriber) {
-        return static_cast<Self*>(object)->Self::xdr(transcriber);
-    }
+    MORVAQNDS_API static void deleteInstance(void* object);
+    MORVAQNDS_API static bool xdr(void* object, qnTranscriber& transcriber);
     bool xdr(qnTranscriber& transcriber) override = 0;
 };
+
+template <class Self, class Element, class Layer>
+void* qnFactoryArray<Self, Element, Layer>::newInstance(qnTypeObj& type) {
+    Self* made = new (std::nothrow) Self(type);
+    if (made == nullptr) qnFatal("qnArray::newInstance: out of memory");
+    return made;
+}
+
+template <class Self, class Element, class Layer>
+void qnFactoryArray<Self, Element, Layer>::deleteInstance(void* object) {
+    delete static_cast<Self*>(object);
+}
+
+template <class Self, class Element, class Layer>
+bool qnFactoryArray<Self, Element, Layer>::xdr(void* object, qnTranscriber& transcriber) {
+    return static_cast<Self*>(object)->Self::xdr(transcriber);
+}
 
 /** Bytes that an element of a type takes in a stream: those of the type, except that a long always takes 4. */
 template <class Element>

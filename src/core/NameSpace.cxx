@@ -161,7 +161,7 @@ NameSpace::NameSpace(int (*init)(NameSpace*), int explicitNumbering)
 
 NameSpace::~NameSpace() {
     freeAllAtoms();
-    std::free(table);
+    std::free(table);  // Deliberate: that of an empty name space, which freeAllAtoms keeps
 }
 
 unsigned long NameSpace::makeAtom(const char* name, int create) { return makeAtom(name, lengthOf(name), create); }

@@ -383,6 +383,16 @@ TEST(NameSpaceTest, InternAtomDoesNotAskForTheKindOfNumbering) {
 
 // ---- Freeing ----
 
+// The leak check sees that its destructor frees it.
+TEST(NameSpaceTest, FreeAllAtomsKeepsTheTableOfAnEmptyNameSpace) {
+    NameSpace names(nullptr, 0);
+    ASSERT_EQ(nullptr, names.root);
+    const void* table = names.table;
+    names.freeAllAtoms();
+    EXPECT_EQ(table, names.table);
+    EXPECT_EQ(1UL, names.makeAtom("first", 1));
+}
+
 TEST(NameSpaceTest, FreeAllAtomsLeavesNoTreeNoTableAndNoAtoms) {
     NameSpace names(internStatic, 0);
     names.makeAtom("later", 1);

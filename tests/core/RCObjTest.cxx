@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "RCObj.h"
 #include "Rptr.h"
 
@@ -63,6 +65,25 @@ public:
 private:
     int& destroyed_;
 };
+
+class VirtualThing : public virtual qnRCObj {};
+
+TEST(RCObj, HeldThroughAVirtualBase) {
+    VirtualThing* thing = new VirtualThing;
+    qnRetain(thing);
+    EXPECT_EQ(1u, thing->refCount);
+    EXPECT_TRUE(qnRelease(thing));
+}
+
+TEST(Counted, TheCountWrapsAtTheEndsOfItsRange) {
+    int destroyed = 0;
+    Part part(destroyed);
+    part.count = INT_MIN;
+    EXPECT_FALSE(qnRelease(&part));
+    EXPECT_EQ(INT_MAX, part.count);
+    qnRetain(&part);
+    EXPECT_EQ(INT_MIN, part.count);
+}
 
 TEST(Counted, ReleaseFromZeroDestroys) {
     // Deliberate: the count is signed, and zero or below destroys.

@@ -113,47 +113,59 @@ TEST_F(EmptyRegistry, LookupByStringAndByTextAgree) {
 struct Row {
     qnTypeObj* type;
     const char* name;
-    bool factories;
+    qnNewInstanceFunc newInstance;
+    qnDeleteInstanceFunc deleteInstance;
+    qnXdrFunc xdr;
 };
+
+template <class Class>
+Row concrete(qnTypeObj& type, const char* name) {
+    return {&type, name, &Class::newInstance, &Class::deleteInstance, &Class::xdr};
+}
+
+template <class Class>
+Row abstract(qnTypeObj& type, const char* name) {
+    return {&type, name, nullptr, nullptr, &Class::xdr};
+}
 
 class LibraryTypes : public testing::TestWithParam<Row> {};
 
-TEST_P(LibraryTypes, HasItsNameVersionOneAndItsFactories) {
+TEST_P(LibraryTypes, HasItsNameVersionOneAndItsClassesFunctions) {
     const Row& row = GetParam();
     EXPECT_STREQ(row.type->name, row.name);
     EXPECT_EQ(row.type->version, 1u);
-    EXPECT_EQ(row.type->newInstance != nullptr, row.factories);
-    EXPECT_EQ(row.type->deleteInstance != nullptr, row.factories);
-    EXPECT_NE(row.type->xdr, nullptr);
+    EXPECT_EQ(row.type->newInstance, row.newInstance);
+    EXPECT_EQ(row.type->deleteInstance, row.deleteInstance);
+    EXPECT_EQ(row.type->xdr, row.xdr);
 }
 
 TEST_P(LibraryTypes, DestroysWhatItMakesAndIgnoresNull) {
     const Row& row = GetParam();
-    if (!row.factories) return;
+    if (row.newInstance == nullptr) return;
     void* made = row.type->newInstance(*row.type);
     ASSERT_NE(made, nullptr);
     row.type->deleteInstance(made);
     row.type->deleteInstance(nullptr);
 }
 
-const Row rows[] = {{&qnXDRObj_type, "qnXDRObj", true},
-                    {&qnStr_type, "qnStr", true},
-                    {&qnArray_type, "qnArray", false},
-                    {&qnDictionary_type, "qnDictionary", false},
-                    {&qnBoolArray_type, "ARRAY", true},
-                    {&qnCharArray_type, "ARRAY", true},
-                    {&qnShortArray_type, "ARRAY", true},
-                    {&qnIntArray_type, "ARRAY", true},
-                    {&qnLongArray_type, "ARRAY", true},
-                    {&qnFloatArray_type, "ARRAY", true},
-                    {&qnDoubleArray_type, "ARRAY", true},
-                    {&qnUnsignedCharArray_type, "ARRAY", true},
-                    {&qnUnsignedShortArray_type, "ARRAY", true},
-                    {&qnUnsignedLongArray_type, "ARRAY", true},
-                    {&qnStrArray_type, "ARRAY", true},
-                    {&qnStrStrDictionary_type, "DICT", true},
-                    {&qnSet_type, "qnSet", false},
-                    {&qnStrSet_type, "SET", true}};
+const Row rows[] = {concrete<qnXDRObj>(qnXDRObj_type, "qnXDRObj"),
+                    concrete<qnStr>(qnStr_type, "qnStr"),
+                    abstract<qnArray>(qnArray_type, "qnArray"),
+                    abstract<qnDictionary>(qnDictionary_type, "qnDictionary"),
+                    concrete<qnBoolArray>(qnBoolArray_type, "ARRAY"),
+                    concrete<qnCharArray>(qnCharArray_type, "ARRAY"),
+                    concrete<qnShortArray>(qnShortArray_type, "ARRAY"),
+                    concrete<qnIntArray>(qnIntArray_type, "ARRAY"),
+                    concrete<qnLongArray>(qnLongArray_type, "ARRAY"),
+                    concrete<qnFloatArray>(qnFloatArray_type, "ARRAY"),
+                    concrete<qnDoubleArray>(qnDoubleArray_type, "ARRAY"),
+                    concrete<qnUnsignedCharArray>(qnUnsignedCharArray_type, "ARRAY"),
+                    concrete<qnUnsignedShortArray>(qnUnsignedShortArray_type, "ARRAY"),
+                    concrete<qnUnsignedLongArray>(qnUnsignedLongArray_type, "ARRAY"),
+                    concrete<qnStrArray>(qnStrArray_type, "ARRAY"),
+                    concrete<qnStrStrDictionary>(qnStrStrDictionary_type, "DICT"),
+                    abstract<qnSet>(qnSet_type, "qnSet"),
+                    concrete<qnStrSet>(qnStrSet_type, "SET")};
 
 INSTANTIATE_TEST_SUITE_P(EachRow, LibraryTypes, testing::ValuesIn(rows));
 
