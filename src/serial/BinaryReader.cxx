@@ -14,13 +14,17 @@
 
 namespace {
 
-/** The bytes that the string with this `data` member has now; it may have been read again since it began to wait. */
-unsigned textLength(const void* data) {
+/** Where the string with this `data` member has its length. */
+void* lengthOf(void* data) { return static_cast<char*>(data) - offsetof(qnStr, data) + offsetof(qnStr, slength); }
+
+/** The bytes that the string has now; it may have been read again since it began to wait. */
+unsigned textLength(void* data) {
     unsigned length;
-    std::memcpy(&length, static_cast<const char*>(data) - offsetof(qnStr, data) + offsetof(qnStr, slength),
-                sizeof length);
+    std::memcpy(&length, lengthOf(data), sizeof length);
     return length;
 }
+
+void setTextLength(void* data, unsigned length) { std::memcpy(lengthOf(data), &length, sizeof length); }
 
 /** Whether something of `sort` may be the target of an object pointer. */
 bool isObject(qnBinaryReader::State::Sort sort) {
@@ -44,7 +48,7 @@ qnBinaryReader::qnBinaryReader(qnStream* newStream, short shortMark, long longMa
         // Deliberate: the mark that is printed is the one for longs, which tells more about the machine.
         default: qnFatal("qnBinaryReader: unknown short ordering %x", mark);
     }
-    switch (mark) {
+    switch (longMark) {
         case 0x33445566: longsReader = qnBinaryReader_longs; break;
         case 0x44336655: longsReader = qnBinaryReader_BS; break;
         case 0x55663344: longsReader = qnBinaryReader_longsSS; break;
@@ -69,6 +73,7 @@ qnBinaryReader::~qnBinaryReader() {
 const char* qnBinaryReader::className() const { return "qnBinaryReader"; }
 
 void qnBinaryReader::reset() {
+    state_->giveUpTexts();
     objectTable.removeAll();
     while (pendingItems.length() != 0) delete pop();
     pendingItems.resize(0);
@@ -99,6 +104,7 @@ void* qnBinaryReader::readObject(qnTypeObj&) {
     unsigned outer = state_->startGraph();
     void* root;
     bool whole = fill() && readInstance(&root) && readPending();
+    if (!whole) state_->giveUpTexts();
     state_->endGraph(outer);
     return whole ? root : nullptr;
 }
@@ -116,6 +122,7 @@ bool qnBinaryReader::readPending() {
         while ((arrived = alreadyRead(item->id)) == nullptr) {
             void* instance;
             if (!fill() || !readInstance(&instance)) {
+                state_->giveUpText(*item);
                 delete item;
                 return false;
             }
@@ -209,7 +216,7 @@ bool qnBinaryReader::State::readArrayPointer(void* pointerVariable, Use use, uns
     return true;
 }
 
-void qnBinaryReader::State::storeOrQueue(const qnBinaryReaderItem& item) {
+void qnBinaryReader::State::storeOrQueue(qnBinaryReaderItem& item) {
     if (void* arrived = reader_.alreadyRead(item.id)) {
         store(item, arrived);
     } else {
@@ -258,7 +265,23 @@ qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
     return info != nullptr && info->sort == Type ? static_cast<qnTypeObj*>(reader_.alreadyRead(id)) : nullptr;
 }
 
-void qnBinaryReader::State::store(const qnBinaryReaderItem& item, void* arrived) {
+void qnBinaryReader::State::giveUpText(qnBinaryReaderItem& item) {
+    if (item.use_ != TextUse) return;
+    item.use_ = GivenUpTextUse;
+    item.byteLength_ = textLength(item.address);
+    setTextLength(item.address, 1);
+}
+
+void qnBinaryReader::State::giveUpTexts() {
+    qnVoidPtrArray& items = reader_.pendingItems;
+    for (unsigned i = 0; i < items.length(); ++i) giveUpText(*static_cast<qnBinaryReaderItem*>(items.elements()[i]));
+}
+
+void qnBinaryReader::State::store(qnBinaryReaderItem& item, void* arrived) {
+    if (item.use_ == GivenUpTextUse) {
+        item.use_ = TextUse;
+        setTextLength(item.address, item.byteLength_);
+    }
     Info* info = infos_.find(item.id);
     bool anyArray = item.use_ == AnyUse && info != nullptr && info->sort == Array;
     if (item.use_ <= ObjectUse && !anyArray) {

@@ -20,6 +20,7 @@ public:
         LongArrayUse,
         UnsignedLongArrayUse,
         TextUse,
+        GivenUpTextUse,
         TerminatedUse
     };
 
@@ -75,8 +76,15 @@ public:
     qnTypeObj* typeOf(unsigned id) const;
 
     /** Stores what has arrived in the variable that waits for it, or ends the process. */
-    void store(const qnBinaryReaderItem& item, void* arrived);
-    void storeOrQueue(const qnBinaryReaderItem& item);
+    void store(qnBinaryReaderItem& item, void* arrived);
+    void storeOrQueue(qnBinaryReaderItem& item);
+
+    /**
+     * The text that a string waits for did not come before the reading ended: until it comes in a later reading, the
+     * string is empty. While the reading goes on, its length is that of the text already.
+     */
+    void giveUpText(qnBinaryReaderItem& item);
+    void giveUpTexts();
 
     bool readArrayPointer(void* pointerVariable, Use use, unsigned byteLength);
     bool readElements(void* pointerVariable, Use use, unsigned count, unsigned elementBytes);

@@ -1,6 +1,8 @@
 // Streams that lie: each ends the process with a message of the reader, or the read with null, and never otherwise.
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "BinaryReader.h"
 #include "Fatal.h"
 #include "NumberArrays.h"
@@ -51,6 +53,13 @@ TEST(BinaryReaderDeathTest, UnknownLongOrdering) {
     EXPECT_FATAL(qnBinaryReader(new MemoryStream, 0x1122, 0x33445567, "ieee"),
                  "qnBinaryReader: unknown long ordering 33445567");
 }
+
+#if LONG_MAX > 0x7FFFFFFF
+TEST(BinaryReaderDeathTest, NoBitOfTheLongMarkMayDiffer) {
+    EXPECT_FATAL(qnBinaryReader(new MemoryStream, 0x1122, 0x133445566, "ieee"),
+                 "qnBinaryReader: unknown long ordering 33445566");
+}
+#endif
 
 TEST(BinaryReaderDeathTest, FloatFormatMustBeIeeeToTheLetter) {
     EXPECT_FATAL(qnBinaryReader(new MemoryStream, 0x1122, 0x33445566, "IEEE"),

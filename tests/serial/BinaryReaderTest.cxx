@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "BinaryReader.h"
 #include "NumberArrays.h"
 #include "OrderedGlobal.h"
@@ -671,6 +673,69 @@ TEST_F(Reading, AStreamThatEndsBeforeTheInstanceGivesNull) {
         qnBinaryReader other(new MemoryStream(whole.substr(0, n)), 0x1122, 0x33445566, "ieee");
         EXPECT_EQ(nullptr, other.readObject(Probe::type())) << n;
     }
+}
+
+/** The records of a root with one string of five characters, up to where the text should come. */
+Bytes textToCome(Bytes root) { return root.u32(6).u8(0x03).u32(3).u32(6); }
+
+TEST_F(Reading, AStringWhoseTextNeverArrivesIsEmptyAfterwards) {
+    qnStr a("before");
+    unsigned during = 0;
+    EXPECT_EQ(nullptr, read(textToCome(root(4)), [&](qnTranscriber& t, Probe& self) {
+                  std::unique_ptr<Probe> mine(&self);
+                  bool good = a.xdr(t);
+                  during = a.length();
+                  return good;
+              }));
+    EXPECT_EQ(5u, during) << "while the reading goes on, the text is thought to come";
+    EXPECT_EQ(1u, a.slength);
+    EXPECT_EQ(&qnStr::emptyString, a.text());
+    a.append("new");
+    EXPECT_STREQ("new", a.text());
+    reader.reset();
+    EXPECT_STREQ("new", a.text()) << "nothing waits for it any more";
+}
+
+TEST_F(Reading, StringsThatWaitBehindAnotherOneAreEmptyAfterwardsToo) {
+    Bytes records = root(4).u32(6).u8(0x43).u8(4).u32(3).u32(6).u32(9).u8(0x03).u32(4).u32(9);
+    qnStr a, b;
+    EXPECT_EQ(nullptr, read(records, [&](qnTranscriber& t, Probe& self) {
+                  std::unique_ptr<Probe> mine(&self);
+                  return a.xdr(t) && b.xdr(t);
+              }));
+    EXPECT_EQ(1u, a.slength);
+    EXPECT_EQ(1u, b.slength);
+}
+
+TEST_F(Reading, AStringThatWasGivenUpIsCompletedWhenItsTextArrivesAfterAll) {
+    qnStr a, b;
+    Probe* first = nullptr;
+    Bytes records = root(4).u32(3).u8(0x43).u8(4).u32(3).u32(3).u32(3).u8(0x03).u32(4).u32(3);
+    EXPECT_EQ(nullptr, read(records, [&](qnTranscriber& t, Probe& self) {
+                  first = &self;
+                  return a.xdr(t) && b.xdr(t);
+              }));
+    // The item that was looked for last has gone; the string behind it waits on.
+    EXPECT_EQ(1u, a.slength);
+    Probe* second = read(instance(5) + Bytes().u8(0x45).u8(3).u32(3).u32(3).raw(std::string("hi\0", 3)));
+    ASSERT_NE(nullptr, second);
+    EXPECT_TRUE(a == "hi");
+    EXPECT_EQ(1u, b.slength);
+    delete first;
+    delete second;
+}
+
+TEST_F(Reading, ResetInTheMiddleEmptiesTheStringsThatWait) {
+    qnStr a;
+    Probe* root1 = read(textToCome(root(4)), [&](qnTranscriber& t, Probe&) {
+        bool good = a.xdr(t);
+        t.reset();
+        return good;
+    });
+    ASSERT_NE(nullptr, root1);
+    EXPECT_EQ(1u, a.slength);
+    EXPECT_EQ(&qnStr::emptyString, a.text());
+    delete root1;
 }
 
 TEST_F(Reading, AnArrayThatIsCutShortGivesNull) {
