@@ -151,7 +151,7 @@ protected:
     /** Pushes an entry, constructed by the caller, at the head of a chain. */
     qnDictBucket* pushEntry(unsigned bucket, char* entry);
     /** A block for one entry, not constructed. */
-    char* newEntry() const;
+    char* newEntry(const char* operation) const;
 
 private:
     /** buckets.length(), by a division that the compiler knows. */

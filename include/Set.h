@@ -164,7 +164,7 @@ private:
     /** buckets.length(), by a division that the compiler knows. */
     unsigned bucketCount() const { return static_cast<unsigned>(buckets.usedBytes / sizeof(qnSetBucket*)); }
     unsigned bucketOf(const void* key) const;
-    char* newEntry() const;
+    char* newEntry(const char* operation) const;
     void discard(qnSetBucket* link);
     void detachIters();
     void requireNoKeys(const char* operation) const;

@@ -23,11 +23,64 @@ inline bool isBelievable(unsigned nbuckets, unsigned entries) {
     return nbuckets <= BelievedBuckets || nbuckets / BucketsPerEntry <= entries;
 }
 
+/** The largest record for which a stream's mere claim is believed, in bytes: as large as an array's elements can be. */
+constexpr unsigned BelievedRecord = 0xFFFF;
+
+/** The size of a record, as a stream states it for a class that has not said how large its records are. */
+inline unsigned believedRecord(unsigned nbytes) {
+    if (nbytes > BelievedRecord) qnFatal("format error");
+    return nbytes;
+}
+
 /** Many tables are a large part of the memory too: there is a limit on what is believed in all of them. */
 inline bool isBelievedBy(qnTranscriber& transcriber, unsigned nbuckets, unsigned entries) {
     const std::uint64_t likely = BucketsPerEntry * (std::uint64_t(entries) + 1);
     return nbuckets <= likely || qnReadSupport::believesBuckets(transcriber, static_cast<unsigned>(nbuckets - likely));
 }
+
+/** Entries that have arrived before the part of the table that they belong to, in the order of arrival. */
+template <class Buckets>
+class EarlyEntries {
+public:
+    typedef typename Buckets::ElementType Link;
+
+    explicit EarlyEntries(Buckets& buckets) : buckets_(buckets), first_(nullptr), last_(&first_) {}
+
+    /** What is left when the reading ends early goes where it is found and destroyed with the others. */
+    ~EarlyEntries() { place(); }
+
+    EarlyEntries(const EarlyEntries&) = delete;
+    EarlyEntries& operator=(const EarlyEntries&) = delete;
+
+    void add(unsigned bucket, Link link, const char* operation) {
+        *last_ = heap::create<Early>(operation, Early{bucket, link, nullptr});
+        last_ = &(*last_)->next;
+    }
+
+    /** Pushes each at the head of its chain. */
+    void place() {
+        while (first_ != nullptr) {
+            Early* early = first_;
+            first_ = early->next;
+            Link& head = buckets_.elements()[early->bucket % buckets_.length()];
+            early->link->next = head;
+            head = early->link;
+            delete early;
+        }
+        last_ = &first_;
+    }
+
+private:
+    struct Early {
+        unsigned bucket;
+        Link link;
+        Early* next;
+    };
+
+    Buckets& buckets_;
+    Early* first_;
+    Early** last_;
+};
 
 /**
  * Brings the table to `nbuckets` buckets and pushes `entries` entries at the heads of their chains. `readEntry(bucket)`
@@ -42,23 +95,23 @@ bool readTable(qnTranscriber& transcriber, Buckets& buckets, unsigned nbuckets, 
         !isBelievedBy(transcriber, nbuckets, entries)) {
         qnFatal("format error");
     }
+    // A larger table is made when the entries that are claimed have arrived.
     buckets.resize(nbuckets < BelievedBuckets ? nbuckets : BelievedBuckets);
+    EarlyEntries<Buckets> early(buckets);
     for (unsigned i = 0; i < entries; ++i) {
         unsigned b = 0;
         char* entry = readEntry(b);
         if (entry == nullptr) return false;
         if (b >= nbuckets) qnFatal("format error");
-        // A large table grows with the entries that have arrived; their bucket numbers ascend.
-        if (b >= buckets.length()) {
-            if (!isBelievable(b, i + BelievedBuckets / BucketsPerEntry)) qnFatal("format error");
-            unsigned twice = 2 * buckets.length();
-            unsigned grown = b < twice ? twice : b + 1;
-            buckets.resize(grown < nbuckets ? grown : nbuckets);
+        if (b < buckets.length()) {
+            LinkPointer& head = buckets.elements()[b];
+            head = heap::create<Link>(operation, entry, head);
+        } else {
+            early.add(b, heap::create<Link>(operation, entry, nullptr), operation);
         }
-        LinkPointer& head = buckets.elements()[b];
-        head = heap::create<Link>(operation, entry, head);
     }
     if (buckets.length() != nbuckets) buckets.resize(nbuckets);
+    early.place();
     return true;
 }
 

@@ -62,9 +62,9 @@ void qnDictionary::requireBuckets(const char* operation) const {
 
 unsigned qnDictionary::bucketOf(const void* key) const { return static_cast<unsigned>(hashKey(key)) % bucketCount(); }
 
-char* qnDictionary::newEntry() const {
-    std::size_t nbytes = heap::checkedSize(std::uint64_t(keySize) + valueSize, "qnDictionary::addInternal");
-    return static_cast<char*>(heap::allocate(nbytes, "qnDictionary::addInternal"));
+char* qnDictionary::newEntry(const char* operation) const {
+    std::size_t nbytes = heap::checkedSize(std::uint64_t(keySize) + valueSize, operation);
+    return static_cast<char*>(heap::allocate(nbytes, operation));
 }
 
 qnDictBucket* qnDictionary::pushEntry(unsigned bucket, char* entry) {
@@ -95,7 +95,7 @@ void qnDictionary::addInternal(const void* key, const void* value) {
         copyValue(value, old);
         return;
     }
-    char* entry = newEntry();
+    char* entry = newEntry("qnDictionary::addInternal");
     copyKey(key, entry);
     copyValue(value, entry + keySize);
     pushEntry(bucket, entry);
@@ -105,7 +105,7 @@ void* qnDictionary::findCreate(const void* key) {
     requireBuckets("findCreate");
     unsigned bucket = bucketOf(key);
     if (qnDictBucket* link = findInChain(bucket, key)) return link->entry + keySize;
-    char* entry = newEntry();
+    char* entry = newEntry("qnDictionary::findCreate");
     copyKey(key, entry);
     createValue(entry + keySize);
     pushEntry(bucket, entry);

@@ -27,8 +27,8 @@ bool qnDictionary::doxdr(qnTranscriber& transcriber) {
 
     if (keySize == 0 && valueSize == 0) {
         // A class that has not said how large its records are takes those of the stream.
-        keySize = streamKeySize;
-        valueSize = streamValueSize;
+        keySize = chains::believedRecord(streamKeySize);
+        valueSize = chains::believedRecord(streamValueSize);
     } else if (streamKeySize != ownKeySize || streamValueSize != ownValueSize) {
         qnFatal("format error");
     }
@@ -49,7 +49,7 @@ bool qnDictionary::writeEntries(qnTranscriber& transcriber) {
 
 bool qnDictionary::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
     return chains::readTable(transcriber, buckets, nbuckets, count, "qnDictionary::doxdr", [&](unsigned& b) -> char* {
-        char* entry = newEntry();
+        char* entry = newEntry("qnDictionary::doxdr");
         // Deliberate: after a failure in here the block of the current entry belongs to nobody.
         bool read = xdrKey(transcriber, entry) && xdrValue(transcriber, entry + keySize) && transcriber.xdr(&b, 1);
         return read ? entry : nullptr;

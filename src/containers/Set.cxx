@@ -65,7 +65,9 @@ unsigned qnSet::streamKeySize() const { return keySize; }
 
 unsigned qnSet::bucketOf(const void* key) const { return static_cast<unsigned>(hashKey(key)) % bucketCount(); }
 
-char* qnSet::newEntry() const { return static_cast<char*>(heap::allocate(keySize, "qnSet::add")); }
+char* qnSet::newEntry(const char* operation) const {
+    return static_cast<char*>(heap::allocate(keySize, operation));
+}
 
 const void* qnSet::find(const void* key) const {
     if (bucketCount() == 0) return nullptr;
@@ -78,7 +80,7 @@ void qnSet::add(const void* key) {
     if (bucketCount() == 0) qnFatal("qnSet::add: the set has no buckets");
     unsigned bucket = bucketOf(key);
     if (*chains::placeOf(*this, &buckets.elements()[bucket], key) != nullptr) return;
-    char* entry = newEntry();
+    char* entry = newEntry("qnSet::add");
     copyKey(key, entry);
     qnSetBucket*& head = buckets.elements()[bucket];
     head = heap::create<qnSetBucket>("qnSet::add", entry, head);

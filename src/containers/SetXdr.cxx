@@ -26,7 +26,7 @@ bool qnSet::doxdr(qnTranscriber& transcriber) {
 
     if (keySize == 0) {
         // A class that has not said how large its keys are takes the size of the stream.
-        keySize = statedKeySize;
+        keySize = chains::believedRecord(statedKeySize);
     } else if (statedKeySize != ownKeySize) {
         qnFatal("format error");
     }
@@ -44,7 +44,7 @@ bool qnSet::writeEntries(qnTranscriber& transcriber) {
 
 bool qnSet::readEntries(qnTranscriber& transcriber, unsigned nbuckets) {
     return chains::readTable(transcriber, buckets, nbuckets, count, "qnSet::doxdr", [&](unsigned& b) -> char* {
-        char* entry = newEntry();
+        char* entry = newEntry("qnSet::doxdr");
         // Deliberate: after a failure in here the block of the current key belongs to nobody.
         return xdrKey(transcriber, entry) && transcriber.xdr(&b, 1) ? entry : nullptr;
     });

@@ -103,7 +103,7 @@ void* qnBinaryOTDict::findCreate(const void* key) {
     Index::Entry& place = index().entries[wordAt(key)];
     if (!place.isSet()) {
         unsigned bucket = bucketOf(key);
-        place.block = newEntry();
+        place.block = newEntry("qnBinaryOTDict::findCreate");
         copyKey(key, place.block);
         createValue(place.block + keySize);
         pushEntry(bucket, place.block);
