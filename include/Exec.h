@@ -104,8 +104,7 @@ private:
 
     static void dropHandler(qnSelectHandler* handler);
     static void leaveCycles(const qnSelectHandler* handler);
-    void abandon(qnApplication* application);
-    void callAll(const qnStubFuncArray& functions);
+    static void abandon(qnApplication* application);
 
     unsigned short lowest_;
     unsigned short limit_;

@@ -81,7 +81,7 @@ private:
     float delta_;
     qnBool active_;
     qnBool repeating_;
-    qnBool firedNow_;  // it fired in the current pass, and no time has passed since
+    qnBool firedNow_;  // it fired in the current pass; no time has passed since, nor has another one started it
     qnOutputChannel* tick_;
     qnTimer* next_;
 

@@ -11,11 +11,11 @@ qnApplication::qnApplication() : open_(0) {
 qnApplication::~qnApplication() {
     if (open_) {
         qnApplication::close();
-        return;
+    } else {
+        MORVAQNDS_REQUIRE(!qn_theExecutive->contains(this),
+                          "qnApplication::~qnApplication: the application is registered and was never closed");
     }
-    MORVAQNDS_REQUIRE(!qn_theExecutive->contains(this),
-                      "qnApplication::~qnApplication: the application is registered and was never closed");
-    qn_theExecutive->abandon(this);
+    qnExec::abandon(this);  // where it is listed more than once, or by another executive
 }
 
 void qnApplication::open() { open_ = 1; }

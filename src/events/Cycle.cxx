@@ -9,6 +9,7 @@
 #include "Timer.h"
 #include "core/LiveWalk.h"
 #include "core/Nested.h"
+#include "core/Watch.h"
 
 namespace {
 
@@ -44,12 +45,14 @@ public:
     explicit Cycle(qnExec& executive) : executive_(executive) {}
 
     void run(float timeout) {
-        executive_.callAll(executive_.preSelect_);
+        const Watch watch(&executive_);
+        callAll(executive_.preSelect_);
+        if (!watch.alive()) return;
         startClock();
         wait(timeout);
         if (timed_) letTimePass();
-        if (ready_ > 0) callHandlers();
-        executive_.callAll(executive_.postSelect_);
+        if (watch.alive() && ready_ > 0) callHandlers(watch);
+        if (watch.alive()) callAll(executive_.postSelect_);
     }
 
     /** A handler is destroyed: another one that is made at its address must not be taken for it. */
@@ -104,14 +107,21 @@ private:
         errno = error;
     }
 
-    void callHandlers() {
+    void callHandlers(const Watch& watch) {
         for (int d = first_; d < end_; ++d) {
             for (Kind& kind : kinds_) {
+                if (!watch.alive()) return;
                 if (!kind.inUse || !FD_ISSET(d, &kind.descriptors)) continue;
                 qnSelectHandler* handler = executive_.handlers_[d];
                 if (handler != nullptr && handler == handlers_[d]) (handler->*kind.handle)();
             }
         }
+    }
+
+    static void callAll(const qnStubFuncArray& functions) {
+        LiveWalk walk(&functions, functions.length());
+        unsigned i;
+        while (walk.next(i)) functions.elements()[i]();
     }
 
     /** One of the three kinds of readiness. */
@@ -143,12 +153,6 @@ private:
 
 void qnExec::leaveCycles(const qnSelectHandler* handler) { Cycle::gone(handler); }
 
-void qnExec::callAll(const qnStubFuncArray& functions) {
-    LiveWalk walk(&functions, functions.length());
-    unsigned i;
-    while (walk.next(i)) functions.elements()[i]();
-}
-
 void qnExec::poll(float timeout) {
     if (dirty_) updateSelectState();
     if (lowest_ != NoDescriptor) Cycle(*this).run(timeout);
@@ -156,9 +160,10 @@ void qnExec::poll(float timeout) {
 }
 
 void qnExec::loop() {
+    const Watch watch(this);
     do {
         poll(1000.0f);
-    } while (applications_.length() != 0);
+    } while (watch.alive() && applications_.length() != 0);
 }
 
 qnBool qnExec::willBlock() {

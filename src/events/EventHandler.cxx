@@ -117,6 +117,6 @@ void qnEventHandler::removeMessageEvents(qnInputChannel* channel) { removeEvents
 qnBool zapMessageEvents(qnEvent* event, void* channel) {
     if (event->getType() != qnET_MessageEvent || event->getChannel() != channel) return 0;
     qnInputChannel* input = static_cast<qnInputChannel*>(channel);
-    if (input->pending == event) input->pending = nullptr;
+    if (input != nullptr && input->pending == event) input->pending = nullptr;
     return 1;
 }

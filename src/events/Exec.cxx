@@ -7,6 +7,7 @@
 
 #include "Checked.h"
 #include "core/LiveWalk.h"
+#include "core/Watch.h"
 #include "objects/PointerList.h"
 
 qnExec* qn_theExecutive;
@@ -53,12 +54,14 @@ qnExec::~qnExec() {
     LiveWalk::gone(&preSelect_);
     LiveWalk::gone(&postSelect_);
     LiveWalk::gone(&applications_);
+    Watch::gone(this);
     qnExec** place = &allExecutives;
     while (*place != this) place = &(*place)->nextExec_;
     *place = nextExec_;
 }
 
 void qnExec::addSelectHandler(qnSelectHandler* handler) {
+    MORVAQNDS_REQUIRE(handler != nullptr, "qnExec::addSelectHandler: no handler");
     MORVAQNDS_REQUIRE(inTable(handler), "qnExec::addSelectHandler: descriptor %d is not between 0 and 99",
                       handler->descriptor);
     MORVAQNDS_REQUIRE(fcntl(handler->descriptor, F_GETFD) != -1, "qnExec::addSelectHandler: descriptor %d is not open",
@@ -69,6 +72,7 @@ void qnExec::addSelectHandler(qnSelectHandler* handler) {
 }
 
 void qnExec::removeSelectHandler(qnSelectHandler* handler) {
+    MORVAQNDS_REQUIRE(handler != nullptr, "qnExec::removeSelectHandler: no handler");
     MORVAQNDS_REQUIRE(inTable(handler), "qnExec::removeSelectHandler: descriptor %d is not between 0 and 99",
                       handler->descriptor);
     if (!inTable(handler)) return;
@@ -93,9 +97,15 @@ qnSelectHandler* qnExec::getSelectHandler(int descriptor) const {
     return descriptor >= 0 && descriptor < static_cast<int>(MaxDescriptors) ? handlers_[descriptor] : nullptr;
 }
 
-void qnExec::addPreSelectFunc(qnStubFunc fn) { preSelect_.append(&fn); }
+void qnExec::addPreSelectFunc(qnStubFunc fn) {
+    MORVAQNDS_REQUIRE(fn != nullptr, "qnExec::addPreSelectFunc: no function");
+    preSelect_.append(&fn);
+}
 
-void qnExec::addPostSelectFunc(qnStubFunc fn) { postSelect_.append(&fn); }
+void qnExec::addPostSelectFunc(qnStubFunc fn) {
+    MORVAQNDS_REQUIRE(fn != nullptr, "qnExec::addPostSelectFunc: no function");
+    postSelect_.append(&fn);
+}
 
 void qnExec::removePreSelectFunc(qnStubFunc fn) { removeFirst(preSelect_, fn); }
 
@@ -116,12 +126,14 @@ qnBool qnExec::contains(const qnApplication* application) const {
            pointers::find(applications_, abandoned(application)) != pointers::NotFound;
 }
 
-/** A listed application is destroyed without having been closed. */
+/** An application is destroyed and listed still. */
 void qnExec::abandon(qnApplication* application) {
-    const unsigned n = applications_.length();
-    for (unsigned i = 0; i < n; ++i) {
-        void*& entry = applications_.elements()[i];
-        if (entry == application) entry = abandoned(application);
+    for (qnExec* executive = allExecutives; executive != nullptr; executive = executive->nextExec_) {
+        const unsigned n = executive->applications_.length();
+        for (unsigned i = 0; i < n; ++i) {
+            void*& entry = executive->applications_.elements()[i];
+            if (entry == application) entry = abandoned(application);
+        }
     }
 }
 

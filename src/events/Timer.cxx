@@ -13,6 +13,9 @@ qnTimer* qnTimer::activeTimers_ = nullptr;
 
 namespace {
 
+/** Timers without any interval may start each other this often at one moment; then they wait for the next advance. */
+constexpr unsigned MaxRestarts = 1000;
+
 /**
  * The difference as a float. Some machines calculate in a wider form, in which timers that are due at the same moment
  * would differ, and a time that an interval vanishes in would still become shorter.
@@ -26,7 +29,7 @@ float difference(float a, float b) {
 
 /**
  * One advance of time. It remembers the timers to arm again afterwards, and those that fired at the present moment,
- * because one that is started again without any interval would otherwise fire for ever.
+ * because one that starts itself again without any interval would otherwise fire for ever.
  */
 class qnTimer::Pass : public Nested<Pass> {
 public:
@@ -57,6 +60,19 @@ public:
         }
     }
 
+    /**
+     * A timer is started that fired at this moment: by itself, so that it waits for the next advance, or by another
+     * one's tick, so that it may fire once more.
+     */
+    static void started(qnTimer* timer) {
+        bool waits = false;
+        forEach(
+            [timer, &waits](Pass& pass) { waits = waits || pass.ticking_ == timer || pass.restarts_ >= MaxRestarts; });
+        if (waits) return;
+        timer->firedNow_ = 0;
+        forEach([](Pass& pass) { ++pass.restarts_; });
+    }
+
     /** A timer that waits for the next advance is stopped. */
     static void stopped(const qnTimer* timer) {
         forEach([timer](Pass& pass) { strike(pass.waiting_, timer); });
@@ -79,7 +95,9 @@ private:
         timer->firedNow_ = 1;
         fired_.push_back(timer);
         const Watch watch(timer);
+        ticking_ = timer;
         timer->tick();
+        ticking_ = nullptr;
         if (watch.alive() && timer->repeating_) again_.push_back(timer);
     }
 
@@ -95,6 +113,7 @@ private:
             if (timer != nullptr) timer->firedNow_ = 0;
         }
         fired_.clear();
+        restarts_ = 0;
     }
 
     static void strike(Timers& timers, const qnTimer* timer) {
@@ -104,10 +123,12 @@ private:
     }
 
     float left_;
-    bool moved_ = false;  // time has passed in this pass
-    Timers fired_;        // fired at the present moment
-    Timers waiting_;      // active, and not in the list until the pass is over
-    Timers again_;        // repeating ones that fired, in that order
+    const qnTimer* ticking_ = nullptr;
+    unsigned restarts_ = 0;  // at the present moment
+    bool moved_ = false;     // time has passed in this pass
+    Timers fired_;           // fired at the present moment
+    Timers waiting_;         // active, and not in the list until the pass is over
+    Timers again_;           // repeating ones that fired, in that order
 };
 
 qnTimer::qnTimer(qnBool repeating)
@@ -134,6 +155,7 @@ void qnTimer::tick() {
 
 void qnTimer::startTimer() {
     stopTimer();
+    if (firedNow_) Pass::started(this);
     addToActiveList();
 }
 

@@ -90,6 +90,34 @@ TEST_F(Application, DestroyingAnOpenOneClosesIt) {
     EXPECT_EQ(2u, qn_theExecutive->getNumberOfApplications());
 }
 
+TEST_F(Application, DestroyingAnOpenOneThatIsListedTwiceLeavesNoneThatIsCalled) {
+    const qnApplication* was = a.get();
+    qn_theExecutive->add(a.get());
+    a->open();
+    a.reset();
+    log.clear();
+    qn_theExecutive->initialize(0, nullptr);
+    qn_theExecutive->open();
+    qn_theExecutive->close();
+    EXPECT_EQ("b.initialize(0) c.initialize(0) b.open c.open b.close c.close ", log);
+    EXPECT_TRUE(listed(was)) << "closing takes one entry out";
+    qn_theExecutive->remove(const_cast<qnApplication*>(was));
+    EXPECT_FALSE(listed(was));
+}
+
+TEST_F(Application, DestroyingOneThatAnotherExecutiveListsLeavesNoneThatIsCalled) {
+    qnExec other;
+    other.add(a.get());
+    a->close();
+    a.reset();
+    log.clear();
+    other.initialize(0, nullptr);
+    other.open();
+    other.close();
+    EXPECT_EQ("", log);
+    EXPECT_EQ(1u, other.getNumberOfApplications());
+}
+
 TEST_F(Application, DestroyingAnOpenOneCallsTheBasesClose) {
     a->open();
     log.clear();

@@ -319,6 +319,8 @@ TEST_F(EventHandler, ZapAcceptsMessagesForTheChannelOnly) {
     EXPECT_EQ(zapMessageEvents(&message, other.channel), 0);
     EXPECT_EQ(zapMessageEvents(&plain, in.channel), 0);
     EXPECT_EQ(zapMessageEvents(&plain, nullptr), 0);
+    qnMessageEvent toNobody(nullptr, nullptr);
+    EXPECT_EQ(zapMessageEvents(&toNobody, nullptr), 1);
 }
 
 TEST_F(EventHandler, ZapRefusesEventsOfAnotherTypeForTheChannel) {

@@ -378,6 +378,59 @@ TEST_F(HandlerCalls, OneThatDestroysAnOpenApplication) {
     EXPECT_EQ("a.read b.read c.read ", log);
 }
 
+// An executive of the test's own, which what it calls destroys.
+
+std::unique_ptr<qnExec>& doomed() {
+    static std::unique_ptr<qnExec> executive;
+    return executive;
+}
+
+void destroyTheExecutive() {
+    note("destroy");
+    doomed().reset();
+}
+
+TEST_F(HandlerCalls, OneThatDestroysTheExecutiveEndsItsCycle) {
+    doomed().reset(new qnExec);
+    doomed()->addSelectHandler(a.handler);
+    doomed()->addSelectHandler(b.handler);
+    doomed()->addPostSelectFunc([] { note("after"); });
+    a.handler->onRead = destroyTheExecutive;
+    Note::post("event", nullptr);
+    doomed()->poll(0);
+    EXPECT_EQ("a.read destroy event ", log) << "the queued events are everybody's";
+}
+
+TEST_F(HandlerCalls, OneThatDestroysTheExecutiveEndsItsLoop) {
+    doomed().reset(new qnExec);
+    App app("app");
+    doomed()->add(&app);
+    doomed()->addSelectHandler(a.handler);
+    a.handler->onRead = destroyTheExecutive;
+    doomed()->loop();
+    EXPECT_EQ("a.read destroy ", log);
+    app.close();
+}
+
+TEST_F(HandlerCalls, AFunctionBeforeTheWaitThatDestroysTheExecutiveEndsItsCycle) {
+    doomed().reset(new qnExec);
+    doomed()->addSelectHandler(a.handler);
+    doomed()->addPreSelectFunc(destroyTheExecutive);
+    doomed()->addPreSelectFunc([] { note("second"); });
+    doomed()->poll(0);
+    EXPECT_EQ("destroy ", log);
+}
+
+TEST_F(HandlerCalls, ATickThatDestroysTheExecutiveEndsItsCycle) {
+    doomed().reset(new qnExec);
+    doomed()->addSelectHandler(a.handler);
+    Timer timer("t", 0);
+    timer.onTick = destroyTheExecutive;
+    timer.start(0);
+    doomed()->poll(0);
+    EXPECT_EQ("t destroy ", log);
+}
+
 TEST_F(HandlerCalls, ATickThatRemovesAReadyHandler) {
     Timer t("t", 0);
     t.onTick = [&] {

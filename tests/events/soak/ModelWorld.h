@@ -206,6 +206,7 @@ public:
         if (!timers_[t]) return;
         stop(timers_[t]);
         timers_[t]->interval = quarters;
+        if (timers_[t] != ticking_) timers_[t]->firedAt = -1;  // it may fire once more at this moment
         arm(timers_[t]);
     }
 
@@ -233,7 +234,9 @@ public:
             timer->active = false;
             timer->firedAt = now_;
             timer->firedIn = pass_;
+            ticking_ = timer;
             fire(timer);
+            ticking_.reset();
             if (!timer->destroyed && timer->repeating) again.push_back(timer);
         }
         now_ = end;
@@ -543,6 +546,7 @@ private:
     std::deque<std::shared_ptr<Message>> queue_;
     long now_ = 0;  // quarters of a second
     std::uint64_t pass_ = 1;
+    std::shared_ptr<Timer> ticking_;
     std::shared_ptr<Timer> timers_[Timers];
     std::vector<std::shared_ptr<Timer>> active_;
     std::vector<std::shared_ptr<Timer>> waiting_;
