@@ -33,6 +33,18 @@ bool triesAnyPlace(const regexp& expression, const char* text) {
     return expression.reganch || !expression.regstart || std::strchr(text, expression.regstart);
 }
 
+// Whether the first `length` characters of `literal` occur in `text`.
+bool contains(const char* text, const char* literal, int length) {
+    const std::size_t count = length < 0 ? 0 : static_cast<std::size_t>(length);
+    if (strnlen(literal, count + 1) == count) return std::strstr(text, literal) != nullptr;
+    // Only a program that sets the facts itself gives other lengths than the literal's own.
+    for (const char* place = text; (place = std::strchr(place, *literal)) != nullptr; ++place) {
+        if (std::strncmp(place, literal, count) == 0) return true;
+        if (*place == '\0') return false;
+    }
+    return false;
+}
+
 }  // namespace
 
 int qnregexec(regexp* expression, const char* string) {
@@ -44,7 +56,7 @@ int qnregexec(regexp* expression, const char* string) {
         qnregerror("corrupted program");
         return 0;
     }
-    if (expression->regmust && !std::strstr(string, expression->regmust)) return 0;
+    if (expression->regmust && !contains(string, expression->regmust, expression->regmlen)) return 0;
 
     RegCaptures captures;
     bool found = findMatch(*expression, string, captures);

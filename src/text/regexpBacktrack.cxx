@@ -23,6 +23,8 @@ constexpr std::uint32_t frameLimit = 4096;
 constexpr std::uint64_t freeSteps = 4096;
 constexpr std::uint64_t stepsPerCharacter = 16;
 constexpr unsigned scannedPerStep = 8;  // characters of a plain scan that count as one step
+constexpr std::uint32_t comparedAtOnce = 64;
+constexpr unsigned comparedPerStep = 512;  // characters of a comparison by the C library that count as one step
 
 enum class Way : unsigned char {
     alternative,  // try the alternative at `node` from `high`
@@ -158,8 +160,15 @@ bool Walk::advance() {
 bool Walk::literal(const PlanNode& node) {
     const char* text = search.plan.text(node);
     std::uint32_t same = 0;
+    for (; node.length - same >= comparedAtOnce; same += comparedAtOnce) {
+        if (std::strncmp(input + same, text + same, comparedAtOnce) == 0) continue;
+        steps += same / comparedPerStep;
+        return false;
+    }
+    steps += same / comparedPerStep;
+    const std::uint32_t compared = same;
     while (same < node.length && input[same] == text[same]) ++same;
-    steps += same / scannedPerStep;
+    steps += (same - compared) / scannedPerStep;
     if (same < node.length) return false;
     input += same;
     return true;

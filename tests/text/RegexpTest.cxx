@@ -115,6 +115,33 @@ TEST(RegexpTest, AnOptionalAtomIsTakenWhenPossible) {
 
 TEST(RegexpTest, ABraceIsAnOrdinaryCharacter) { EXPECT_EQ("a{2}", match("a{2}", "aa a{2}")); }
 
+TEST(RegexpTest, AsManyCharactersOfTheRequiredLiteralAreComparedAsTheExpressionSays) {
+    char must[] = "zq";
+    Expression expression(qnregcomp("[ab]"));
+    expression->regmust = must;
+    expression->regmlen = 1;
+    EXPECT_EQ(1, qnregexec(expression.get(), "az"));
+    EXPECT_EQ(0, qnregexec(expression.get(), "aq"));
+    expression->regmlen = 2;
+    EXPECT_EQ(0, qnregexec(expression.get(), "az"));
+    EXPECT_EQ(1, qnregexec(expression.get(), "azzq"));
+    expression->regmlen = 5;
+    EXPECT_EQ(1, qnregexec(expression.get(), "azq")) << "the comparison ends with both texts";
+    EXPECT_EQ(0, qnregexec(expression.get(), "azqq"));
+}
+
+std::string found(const std::string& pattern, const std::string& text) { return match(pattern.c_str(), text.c_str()); }
+
+TEST(RegexpTest, ALiteralOfThousandsOfCharactersIsComparedToItsEnd) {
+    for (std::size_t length : {63u, 64u, 65u, 1000u, 3000u}) {
+        const std::string literal = std::string(length - 1, 'a') + 'b';
+        EXPECT_EQ(literal, found(literal, "a" + literal + "c")) << length;
+        EXPECT_EQ(literal + "c", found(literal + "[cd]", "a" + literal + "c")) << length;
+        EXPECT_EQ("(none)", found(literal + "[cd]", "a" + literal)) << length;
+        EXPECT_EQ("(none)", found(literal + "[cd]", "a" + literal.substr(0, length - 1))) << length;
+    }
+}
+
 TEST(RegexpTest, AnEscapedCharacterIsLiteral) {
     EXPECT_EQ("a.b*", match("a\\.b\\*", "aabb a.b*"));
     EXPECT_EQ("..", match("\\.*", ".."));
