@@ -157,6 +157,11 @@ public:
 class MORVAQNDS_API qnStrArrayData : public qnValueData<qnStrArray, qnStrArray> {
 public:
     explicit qnStrArrayData(const qnStrArray& value) : qnValueData(qnDT_qnStrArray, value) {}
+    /**
+     * Makes the array at `out` a copy. Deliberate: its block is freed and the strings in it are not destroyed, so their
+     * texts leak: `resize(0)` it before.
+     */
+    void getValue(unsigned short type, void* out) override;
 };
 
 #endif

@@ -19,7 +19,8 @@ class qnOutputChannel;
  * An input is held, one count each, by the object that has it under a name, by every connection that leads to it, by
  * every queued message for it, and by the converter in front of it. The last holder that lets go destroys it.
  *
- * With `latestOnly` at most one message for the input waits in the queue: a new one replaces it.
+ * With `latestOnly` a new message for the input replaces the one that waits in the queue. (One that is sent by the end
+ * of a value that is replaced is not replaced itself.)
  */
 class MORVAQNDS_API qnInputChannel {
 public:

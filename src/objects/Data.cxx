@@ -12,6 +12,15 @@ void qnVoidData::getValue(unsigned short, void*) {}
 
 unsigned qnVoidData::getSize() { return 0; }
 
+void qnStrArrayData::getValue(unsigned short, void* out) {
+    qnStrArray& array = *static_cast<qnStrArray*>(out);
+    void* old = array.data;
+    array.maxBytes = value_.maxBytes;
+    array.usedBytes = value_.usedBytes;
+    array.data = static_cast<char*>(value_.raw_copy());
+    std::free(old);
+}
+
 unsigned short qnDT_void;
 unsigned short qnDT_qnBool;
 unsigned short qnDT_int;

@@ -4,6 +4,7 @@
 #include "VoidPtrDict.h"
 #include "core/Heap.h"
 #include "core/Watch.h"
+#include "objects/ObjRelease.h"
 #include "objects/PointerList.h"
 
 namespace {
@@ -99,7 +100,13 @@ void dt_output_dict(void* outputs) {
 
 qnObj::~qnObj() {
     if (properties_ == nullptr) return;
-    removeAllProperties();
+    if (refCount == 0) {
+        removeAllProperties();
+    } else {
+        // Who holds it may be held by it.
+        const HeldObjectDies dying(this);
+        removeAllProperties();
+    }
     Watch::gone(properties_);
     delete properties_;
 }

@@ -7,16 +7,24 @@
 #include "Obj.h"
 #include "Str.h"
 #include "core/Heap.h"
+#include "core/Watch.h"
+#include "objects/ObjRelease.h"
 
 namespace {
 
-/** Holds the new value before the old one is let go: they may be the same, or the old one may hold the new one. */
+void release(qnObj* object) { releaseHeld(object); }
+void release(qnData* box) { qnRelease(box); }
+
+/**
+ * Deliberate: holds the new value before the old one is let go, for they may be the same, or the old one may hold the
+ * new one. The old one's destructor finds the new one in the property.
+ */
 template <class Value>
 void replace(Value*& held, Value* value) {
     Value* old = held;
     qnRetain(value);
     held = value;
-    qnRelease(old);
+    release(old);
 }
 
 }  // namespace
@@ -54,7 +62,10 @@ qnProperty::qnProperty(unsigned short tag, qnData* box) : qnProperty(tag, qnDT_D
     value_.box = box;
 }
 
-qnProperty::~qnProperty() { cleanup(); }
+qnProperty::~qnProperty() {
+    cleanup();
+    Watch::gone(this);
+}
 
 // What is given up leaves the property first: releasing it may come back here.
 void qnProperty::cleanup() {
@@ -72,10 +83,10 @@ void qnProperty::cleanup() {
         if (old.pointer.release != nullptr) old.pointer.release(old.pointer.pointer);
     } else if (type_ == qnDT_ObjPtr) {
         value_.object = nullptr;
-        qnRelease(old.object);
+        release(old.object);
     } else if (type_ == qnDT_DataPtr) {
         value_.box = nullptr;
-        qnRelease(old.box);
+        release(old.box);
     }
 }
 
@@ -157,8 +168,13 @@ void qnProperty::setAsVoidPtr(void* pointer, Release release) {
     requireKind(qnDT_VoidPtr, "setAsVoidPtr");
     const Pointer old = value_.pointer;
     value_.pointer.release = nullptr;  // the call may set the property again
+    const Watch watch(this);
     if (old.release != nullptr) old.release(old.pointer);
-    value_.pointer = {pointer, release};
+    if (watch.alive()) {
+        value_.pointer = {pointer, release};
+    } else if (release != nullptr) {
+        release(pointer);  // the call removed the property
+    }
 }
 
 void qnProperty::setAsObjPtr(qnObj* object) {

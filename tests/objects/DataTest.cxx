@@ -342,11 +342,31 @@ TEST_F(Data, AReceiverMayGrowTheStringArrayThatItWasGiven) {
     EXPECT_EQ("Ada;Bob;", joined(out));
 }
 
-TEST_F(Data, ReadingAStringArrayReplacesTheElementsThatAreThere) {
+/** Makes an array of two strings, of which a text leaks when a box's value takes their place. */
+void fillWithStrings(qnStrArray& array) {
+    array.resize(2);
+    array.elements()[1] = "a text that stays behind";
+}
+
+// Deliberate: the strings that were there are not destroyed.
+TEST_F(Data, ReadingAStringArrayFreesTheOldBlockAndLeavesItsStringsAlone) {
     qnStrArrayData box(twoNames());
+    qnStrArray out;
+    fillWithStrings(out);
+    const char* text = out.elements()[1].text();
+    box.getValue(qnDT_qnStrArray, &out);
+    EXPECT_STREQ("a text that stays behind", text);
+    EXPECT_EQ("Ada;Bob;", joined(out));
+}
+
+TEST_F(Data, ReadingAStringArrayTakesTheLengthAndCapacityOfTheBoxedOne) {
+    qnStrArray names = twoNames();
+    names.setMaxLength(9);
+    qnStrArrayData box(names);
     qnStrArray out(5);
-    out.elements()[4] = "text that is released";
     box.getValue(qnDT_int, &out);
+    EXPECT_EQ(2 * sizeof(qnStr), out.usedBytes);
+    EXPECT_EQ(9 * sizeof(qnStr), out.maxBytes);
     EXPECT_EQ("Ada;Bob;", joined(out));
     out.elements()[0] = "changed";
     qnStrArray again;
@@ -358,7 +378,7 @@ TEST_F(Data, ReadingAStringArrayReplacesTheElementsThatAreThere) {
 
 TEST_F(Data, AnEmptyStringArrayIsDeliveredAndReadAsEmpty) {
     qnStrArrayData box((qnStrArray()));
-    qnStrArray out = twoNames();
+    qnStrArray out(2);
     box.getValue(qnDT_qnStrArray, &out);
     EXPECT_EQ(0u, out.length());
     Seen<qnStrArray> seen = {0, twoNames()};

@@ -244,4 +244,100 @@ TEST_F(PropertyRelease, TheDestructorOfAHeldObjectSeesTheListWithoutIt) {
     holder.setProperty(new qnProperty(tag(3), new Looker(holder)));
 }
 
+TEST_F(PropertyRelease, OfASetPointerMayRemoveTheProperty) {
+    qnObj object;
+    object.setProperty(property(4, [&] {
+        object.removeProperty(tag(4));
+        notes += 'r';
+    }));
+    static int released;
+    released = 0;
+    int value = 0;
+    object.findProperty(tag(4), nullptr)->setAsVoidPtr(&value, [](void* pointer) {
+        EXPECT_EQ(0, *static_cast<int*>(pointer));
+        ++released;
+    });
+    EXPECT_EQ("r", notes);
+    EXPECT_EQ(0u, object.getNumberOfProperties());
+    EXPECT_EQ(1, released) << "there is no property to own the new pointer";
+}
+
+// Objects that hold each other.
+
+/** An object that notes its end. */
+struct Noter : qnObj {
+    Noter(std::string& ends, char name) : ends_(ends), name_(name) {}
+    ~Noter() override { ends_ += name_; }
+    std::string& ends_;
+    char name_;
+};
+
+qnProperty* holding(int number, qnObj* object) { return new qnProperty(tag(number), object); }
+
+TEST_F(PropertyRelease, OfAnObjectThatHoldsItselfDestroysItOnce) {
+    Noter* object = new Noter(notes, 'a');
+    object->setProperty(holding(1, object));
+    delete object;
+    EXPECT_EQ("a", notes);
+}
+
+TEST_F(PropertyRelease, OfObjectsThatHoldEachOtherDestroysEachOnce) {
+    Noter* a = new Noter(notes, 'a');
+    Noter* b = new Noter(notes, 'b');
+    a->setProperty(holding(1, b));
+    b->setProperty(holding(1, a));
+    delete a;
+    EXPECT_EQ("ab", notes);
+}
+
+TEST_F(PropertyRelease, OfAnObjectThatStillHasAHolderLeavesThatHoldersCountAlone) {
+    Noter* object = new Noter(notes, 'a');
+    qnObj other;
+    object->setProperty(holding(1, &other))->setProperty(holding(2, object));
+    qnRetain(&other);
+    delete object;
+    EXPECT_EQ(1u, other.refCount);
+    EXPECT_EQ("a", notes);
+}
+
+TEST_F(PropertyRelease, OfAChainOfObjectsGoesDownTheChain) {
+    Noter* chain = nullptr;
+    for (char name = 'z'; name >= 'a'; --name) {
+        Noter* object = new Noter(notes, name);
+        object->setProperty(holding(1, chain));
+        chain = object;
+    }
+    delete chain;
+    EXPECT_EQ("abcdefghijklmnopqrstuvwxyz", notes);
+}
+
+TEST_F(PropertyRelease, OfAChainOfAMillionObjectsTakesLittleStack) {
+    static int ends;
+    ends = 0;
+    struct Counter : qnObj {
+        ~Counter() override { ++ends; }
+    };
+    const int n = 1000000;
+    qnObj* chain = nullptr;
+    for (int i = 0; i < n; ++i) {
+        qnObj* object = new Counter;
+        object->setProperty(holding(1, chain));
+        chain = object;
+    }
+    delete chain;
+    EXPECT_EQ(n, ends);
+}
+
+TEST_F(PropertyRelease, FarDownAChainStillReleasesInTheOrderOfTags) {
+    qnObj* chain = new qnObj;
+    for (int i = 1; i <= 9; ++i) chain->setProperty(holding(i, new Noter(notes, static_cast<char>('0' + i))));
+    for (int i = 0; i < 300; ++i) {
+        qnObj* object = new qnObj;
+        object->setProperty(holding(1, chain));
+        chain = object;
+    }
+    delete chain;
+    EXPECT_EQ("123456789", notes);
+}
+
 }  // namespace PropertyReleaseTest
