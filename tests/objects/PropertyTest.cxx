@@ -21,7 +21,7 @@ static_assert(!std::is_base_of<qnRCObj, qnProperty>::value, "a property is not s
 static_assert(std::is_same<decltype(qnProperty::refCount), unsigned>::value, "");
 static_assert(qnProperty::NoTag == 65535, "");
 
-#if UINTPTR_MAX == 0xFFFFFFFF
+#ifdef __i386__
 static_assert(sizeof(qnProperty) == 20, "virtual functions, count, tag and type, a value of two words");
 #endif
 
