@@ -183,6 +183,8 @@ void RegPlan::decode(const unsigned char* program, std::uint32_t number) {
             unsigned other = linkTarget(program, offset);
             node.operand = nodeAt(offset + nodeHeaderSize);
             node.next = other && program[other] == opBranch ? nodeAt(other) : 0;
+            // The opcode there has been read, and no other way need lead to it.
+            if (byteCount < other + 1) byteCount = other + 1;
             break;
         }
         case opBack:

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <vector>
 
 #include "text/RegexpRig.h"
 
@@ -478,6 +479,93 @@ TEST(RegexpCompileTest, ExhaustedMemoryGivesNull) {
     EXPECT_EQ(0, WEXITSTATUS(status));
 }
 #endif
+
+#if defined(__i386__) || defined(__powerpc__)
+static_assert(offsetof(regexp, startp) == 0 && offsetof(regexp, endp) == 40, "");
+static_assert(offsetof(regexp, regstart) == 80 && offsetof(regexp, reganch) == 81, "");
+static_assert(offsetof(regexp, regmust) == 84 && offsetof(regexp, regmlen) == 88, "");
+static_assert(offsetof(regexp, program) == 92, "");
+#endif
+static_assert(NSUBEXP == 10 && sizeof(regexp::program) == 1, "");
+
+TEST(RegexpCompileTest, NineGroupsWithinEachOtherHaveNineEnds) {
+    EXPECT_PROGRAM("(((((((((a)))))))))", MAGIC, BRANCH, 0, 89,                   // 1 -> 90
+                   OPEN + 1, 0, 3, BRANCH, 0, 80, OPEN + 2, 0, 3, BRANCH, 0, 71,  // 7 -> 87, 13 -> 84
+                   OPEN + 3, 0, 3, BRANCH, 0, 62, OPEN + 4, 0, 3, BRANCH, 0, 53,  // 19 -> 81, 25 -> 78
+                   OPEN + 5, 0, 3, BRANCH, 0, 44, OPEN + 6, 0, 3, BRANCH, 0, 35,  // 31 -> 75, 37 -> 72
+                   OPEN + 7, 0, 3, BRANCH, 0, 26, OPEN + 8, 0, 3, BRANCH, 0, 17,  // 43 -> 69, 49 -> 66
+                   OPEN + 9, 0, 3, BRANCH, 0, 8,                                  // 55 -> 63
+                   EXACTLY, 0, 5, 'a', 0,                                         // 58 -> 63
+                   CLOSE + 9, 0, 3, CLOSE + 8, 0, 3, CLOSE + 7, 0, 3,             // 63, 66, 69
+                   CLOSE + 6, 0, 3, CLOSE + 5, 0, 3, CLOSE + 4, 0, 3,             // 72, 75, 78
+                   CLOSE + 3, 0, 3, CLOSE + 2, 0, 3, CLOSE + 1, 0, 3,             // 81, 84, 87
+                   END, 0, 0);                                                    // 90
+}
+
+TEST(RegexpCompileTest, ARunEndsBeforeEveryCharacterOfTheStructureAround) {
+    EXPECT_PROGRAM("ab|c", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 14, 'a', 'b', 0, BRANCH, 0, 8, EXACTLY, 0, 5, 'c', 0, END,
+                   0, 0);
+    EXPECT_PROGRAM("ab\nc", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 14, 'a', 'b', 0, BRANCH, 0, 8, EXACTLY, 0, 5, 'c', 0, END,
+                   0, 0);
+    EXPECT_PROGRAM("ab(c)", MAGIC, BRANCH, 0, 23,  // 1 -> 24
+                   EXACTLY, 0, 6, 'a', 'b', 0,     // 4 -> 10
+                   OPEN + 1, 0, 3,                 // 10 -> 13
+                   BRANCH, 0, 8,                   // 13 -> 21
+                   EXACTLY, 0, 5, 'c', 0,          // 16 -> 21
+                   CLOSE + 1, 0, 3,                // 21 -> 24
+                   END, 0, 0);                     // 24
+}
+
+TEST(RegexpCompileTest, AnEscapeAtTheEndOfARunIsItsCharacter) {
+    EXPECT_PROGRAM("a\\$", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 6, 'a', '$', 0, END, 0, 0);
+    EXPECT_PROGRAM("a\\.$", MAGIC, BRANCH, 0, 12, EXACTLY, 0, 6, 'a', '.', 0, 2, 0, 3, END, 0, 0);  // EOL
+    EXPECT_PROGRAM("a\\\n|b", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 14, 'a', '\n', 0, BRANCH, 0, 8, EXACTLY, 0, 5, 'b', 0,
+                   END, 0, 0);
+}
+
+TEST(RegexpCompileTest, AnAtomOfOneCharacterUnderAQuestionMarkIsABranchToo) {
+    EXPECT_PROGRAM(".?", MAGIC, BRANCH, 0, 15, BRANCH, 0, 6, ANY, 0, 6, BRANCH, 0, 3, NOTHING, 0, 3, END, 0, 0);
+    EXPECT_PROGRAM("[ab]?", MAGIC, BRANCH, 0, 18, BRANCH, 0, 9, ANYOF, 0, 9, 'a', 'b', 0, BRANCH, 0, 3, NOTHING, 0, 3,
+                   END, 0, 0);
+}
+
+TEST(RegexpCompileTest, EveryAlternativeOfARepeatedGroupMeetsItsEndAndThatTheWayBack) {
+    EXPECT_PROGRAM("(a|b)*", MAGIC, BRANCH, 0, 37,  // 1 -> 38
+                   BRANCH, 0, 28,                   // 4 -> 32
+                   OPEN + 1, 0, 3,                  // 7 -> 10
+                   BRANCH, 0, 8,                    // 10 -> 18
+                   EXACTLY, 0, 13, 'a', 0,          // 13 -> 26
+                   BRANCH, 0, 8,                    // 18 -> 26
+                   EXACTLY, 0, 5, 'b', 0,           // 21 -> 26
+                   CLOSE + 1, 0, 3,                 // 26 -> 29
+                   BACK, 0, 25,                     // 29 -> 4
+                   BRANCH, 0, 3,                    // 32 -> 35
+                   NOTHING, 0, 3,                   // 35 -> 38
+                   END, 0, 0);                      // 38
+}
+
+// "junk on end" and "internal urp" stand for what the grammar leaves no way to.
+TEST(RegexpCompileTest, NoPatternReachesTheTwoMessagesThatTheGrammarRulesOut) {
+    static const char signs[] = "ab()|\n*+?[]-^$.\\<";
+    const std::size_t count = sizeof signs - 1;
+    unsigned long rejected = 0;
+    for (unsigned length = 1; length <= 4; ++length) {
+        std::vector<std::size_t> digits(length, 0);
+        for (bool more = true; more;) {
+            std::string pattern;
+            for (std::size_t digit : digits) pattern += signs[digit];
+            std::string message = rejection(pattern.c_str());
+            if (message != "(compiled)") ++rejected;
+            ASSERT_NE("junk on end", message) << pattern;
+            ASSERT_NE("internal urp", message) << pattern;
+            ASSERT_NE("(not one message)", message) << pattern;
+            unsigned place = 0;
+            while (place < length && ++digits[place] == count) digits[place++] = 0;
+            more = place < length;
+        }
+    }
+    EXPECT_GT(rejected, 1000u);
+}
 
 }  // namespace RegexpCompileTest
 

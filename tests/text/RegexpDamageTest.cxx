@@ -237,4 +237,17 @@ TEST(RegexpDamageTest, ARepeatOverWhatCannotBeRepeatedIsReportedOnHostileTextsTo
     EXPECT_EQ("z", group(expression));
 }
 
+TEST(RegexpDamageTest, AnOpcodeThatWasOnlyLookedAtIsReadAnew) {
+    Expression expression = compile("|");
+    // BRANCH 1, NOTHING 4, BRANCH 7, NOTHING 10, END 13.
+    ASSERT_EQ(6, programByte(expression, 7));
+    programByte(expression, 6) = 0;  // from the first NOTHING to the end
+    programByte(expression, 7) = 0;  // END, so that the first BRANCH has no other beside it
+    EXPECT_EQ(0, search(expression, "a"));
+    EXPECT_EQ(Messages(2, "corrupted pointers"), regexpMessages());  // at "a" and at the end
+    programByte(expression, 7) = 6;
+    EXPECT_EQ(1, search(expression, "a"));
+    EXPECT_EQ(Messages{"corrupted pointers"}, regexpMessages());
+}
+
 }  // namespace RegexpDamageTest

@@ -38,7 +38,10 @@ bool useUpMemory() {
 
 enum : int { Survived = 3, NoLimit = 4 };
 
-/** Runs `operation` without memory; `prepare` runs before, and may keep a block back that it frees in the operation. */
+/**
+ * Runs `operation` without memory; `prepare` runs before, and may keep a block back that it frees in the operation. An
+ * empty message stands for an end in silence.
+ */
 template <class Prepare, class Operation>
 void expectFatal(const char* message, Prepare prepare, Operation operation) {
     int ends[2];
@@ -62,7 +65,8 @@ void expectFatal(const char* message, Prepare prepare, Operation operation) {
     int status = 0;
     waitpid(child, &status, 0);
     if (WIFEXITED(status) && WEXITSTATUS(status) == NoLimit) return;
-    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT && printed == std::string(message) + "\n") return;
+    const std::string expected = *message == 0 ? std::string() : std::string(message) + "\n";
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT && printed == expected) return;
     std::fprintf(stderr, "expected \"%s\", got status %d and \"%s\"\n", message, status, printed.c_str());
     ++failures;
 }
@@ -115,6 +119,67 @@ void containers() {
     expectFatal("HashTable::addElement: out of memory", [] { table.addElement(7); });
 }
 
+void sets() {
+    static qnStr empty;
+    static void* kept = nullptr;
+    static qnStrSet set(1);
+    expectFatal("qnSet::add: out of memory", [] { set.add(&empty); });
+    // The entry finds a block, its link does not.
+    expectFatal(
+        "qnSet::add: out of memory", [] { kept = std::malloc(sizeof(qnStr)); },
+        [] {
+            std::free(kept);
+            set.add(&empty);
+        });
+    expectFatal("qnStrSet::newInstance: out of memory", [] { qnStrSet_type.newInstance(qnStrSet_type); });
+}
+
+int internNothing(NameSpace*) { return 0; }
+
+// Atoms end the process without a word.
+void atoms() {
+    static void *keptNode = nullptr, *keptName = nullptr;
+    static char name[2001];
+    std::memset(name, 'n', sizeof name - 1);
+    static NameSpace names(internNothing, 1);
+    expectFatal("", [] { NameSpace none(internNothing, 0); });
+    expectFatal("", [] { names.makeAtom(1, name, 2000, 1); });
+    // The node finds a block, the copy of its name does not.
+    expectFatal(
+        "", [] { keptNode = std::malloc(sizeof(NameSpace::Node)); },
+        [] {
+            std::free(keptNode);
+            names.makeAtom(1, name, 2000, 1);
+        });
+    // Both find a block, the larger table does not.
+    expectFatal(
+        "",
+        [] {
+            keptNode = std::malloc(sizeof(NameSpace::Node));
+            keptName = std::malloc(11);
+        },
+        [] {
+            std::free(keptNode);
+            std::free(keptName);
+            names.makeAtom(250, name, 10, 1);
+        });
+}
+
+void patterns() {
+    static char name[2001];
+    std::memset(name, 'n', sizeof name - 1);
+    expectFatal("qnSLinearPattern::qnSLinearPattern: out of memory", [] { qnSLinearPattern pattern(name); });
+    expectFatal("pathbasename: out of memory", [] { pathbasename(name); });
+    expectFatal("pathdirname: out of memory", [] { pathdirname("a/b"); });
+    expectFatal("pathexpandtilde: out of memory", [] { pathexpandtilde(name); });
+    expectFatal("symbolicLinkExtendedName: out of memory", [] { symbolicLinkExtendedName("/proc/self/exe", 2000); });
+    expectFatal("environmentVariableExtendedName: out of memory", [] { environmentVariableExtendedName("a", 2000); });
+    // Not so an expression, which then is like one that does not compile.
+    expectFatal("", [] {
+        if (qnRegEx(name).findBuffer(name, 2000) == -2) std::abort();
+    });
+}
+
 void objects() {
     expectFatal("qnStr::newInstance: out of memory", [] { qnStr_type.newInstance(qnStr_type); });
     expectFatal("qnXDRObj::newInstance: out of memory", [] { qnXDRObj_type.newInstance(qnXDRObj_type); });
@@ -133,6 +198,9 @@ int main() {
     qnInitializeToolkit();
     texts();
     containers();
+    sets();
+    atoms();
+    patterns();
     objects();
     return failures;
 }

@@ -2,8 +2,10 @@
 #include <morvaqnds.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "support/HeapWatch.h"
 
@@ -55,6 +57,22 @@ void patterns() {
     expect(__LINE__, "", [&] { p.findBuffer(text, sizeof text); });
 }
 
+// However many directories there are, their names are matched by one compiled expression.
+void searchLists(const char* folder) {
+    // The magic byte, BRANCH, EXACTLY with its text and NUL, END: a size that nothing else asks for.
+    const std::string expression(301, 'q');
+    const std::string request = "m" + std::to_string(offsetof(regexp, program) + 1 + 3 + 3 + 301 + 1 + 3) + " ";
+    const std::string directories = std::string(folder) + ":" + folder + ":/does/not/exist:" + folder;
+    heapWatch::requests[0] = 0;
+    heapWatch::watching = true;
+    qnSearchList(directories.c_str(), expression.c_str());
+    heapWatch::watching = false;
+    const char* once = std::strstr(heapWatch::requests, request.c_str());
+    if (heapIsSanitized || (once != nullptr && std::strstr(once + 1, request.c_str()) == nullptr)) return;
+    std::fprintf(stderr, "not one request %s in \"%s\"\n", request.c_str(), heapWatch::requests);
+    ++heapWatch::failures;
+}
+
 }  // namespace
 
 int main() {
@@ -67,6 +85,7 @@ int main() {
     variables();
     links(link);
     patterns();
+    searchLists(folder);
     unlink(link);
     rmdir(folder);
     return heapWatch::failures;
