@@ -94,7 +94,8 @@ void postBox(qnEventHandler& handler, qnOutputChannel* output, qnData* box, qnOb
 }
 
 void qnEventHandler::distributeEvents() {
-    for (unsigned n = count; n > 0; --n) {
+    const Watch self(this);
+    for (unsigned n = count; n > 0 && self.alive(); --n) {
         qnEvent* event = get();
         if (event == nullptr) return;
         Watch watch(event);

@@ -1,10 +1,12 @@
 #include "EventQueue.h"
 
 #include "Checked.h"
+#include "core/Watch.h"
 #include "events/QueueWalk.h"
 
 qnEventQueue::~qnEventQueue() {
     QueueWalk::gone(this);
+    Watch::gone(this);
     while (qnEvent* event = get()) delete event;
 }
 

@@ -84,6 +84,7 @@ public:
             strike(pass.waiting_, timer);
             strike(pass.again_, timer);
             strike(pass.fired_, timer);
+            if (pass.ticking_ == timer) pass.ticking_ = nullptr;
         });
     }
 

@@ -99,12 +99,9 @@ void dt_output_dict(void* outputs) {
 }  // namespace
 
 qnObj::~qnObj() {
-    if (properties_ == nullptr) return;
-    if (refCount == 0) {
-        removeAllProperties();
-    } else {
-        // Who holds it may be held by it.
-        const HeldObjectDies dying(this);
+    if (properties_ == nullptr && refCount == 0) return;
+    {
+        const DyingObject dying(this);
         removeAllProperties();
     }
     Watch::gone(properties_);

@@ -10,7 +10,7 @@ namespace {
 
 /** Tags that can be handed out. */
 constexpr unsigned MaxTags = 65534;
-/** Names that the table gets room for at a time. */
+/** Names that the table has room for beyond those in it. */
 constexpr unsigned NameIncrement = 50;
 
 qnStrArray* qn_propertyNames;
@@ -52,7 +52,7 @@ unsigned short qnProperty::allocNewTag(const char* name) {
     const qnStr text(name);
     const qnStr none;
     while (tag >= names.length()) {
-        if (names.maxBytes == names.usedBytes) names.setMaxLength(names.length() + NameIncrement);
+        names.setMaxLength(names.length() + NameIncrement);  // Deliberate: with every name
         names.append(names.length() == tag ? &text : &none);
     }
     return tag;

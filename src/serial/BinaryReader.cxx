@@ -234,7 +234,10 @@ void qnBinaryReader::State::enqueue(const qnBinaryReaderItem& item) {
             info.wanted = width;
         }
     }
-    reader_.queue(heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item));
+    qnBinaryReaderItem* waits = heap::create<qnBinaryReaderItem>("qnBinaryReader::xdr", item);
+    // Outside of a graph nothing else comes: the string may be gone when the reader is.
+    if (graph_ == 0) giveUpText(*waits);
+    reader_.queue(waits);
 }
 
 qnBinaryReader::State::Info& qnBinaryReader::State::enter(unsigned id, void* address, Sort sort, unsigned byteLength) {
@@ -268,7 +271,6 @@ qnTypeObj* qnBinaryReader::State::typeOf(unsigned id) const {
 void qnBinaryReader::State::giveUpText(qnBinaryReaderItem& item) {
     if (item.use_ != TextUse) return;
     item.use_ = GivenUpTextUse;
-    item.byteLength_ = textLength(item.address);
     setTextLength(item.address, 1);
 }
 

@@ -120,6 +120,13 @@ TEST_F(EventHandler, CountIsTakenOnceThoughEventsWereRemovedMeanwhile) {
     EXPECT_EQ(distribute(), "a ~b ~a c ~c d ~d");  // three were counted, and three are taken
 }
 
+TEST_F(EventHandler, CountIsNotTakenAgainWhenFewerEventsAreLeft) {
+    post("a")->react = [] { queue().remove(queue().head); };
+    post("b");
+    post("c")->react = [] { post("d"); };
+    EXPECT_EQ(distribute(), "a ~b ~a c ~c d ~d") << "three were counted: d comes in place of b";
+}
+
 TEST_F(EventHandler, DistributionInsideADistribution) {
     post("a")->react = [] { queue().distributeEvents(); };
     post("b")->react = [] { post("d"); };

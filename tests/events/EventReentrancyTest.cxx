@@ -143,6 +143,16 @@ TEST_F(EventReentrancy, EventsDestructorDistributes) {
     EXPECT_EQ(distribute(), "x ~x y ~y");
 }
 
+TEST_F(EventReentrancy, EventDestroysTheQueueThatDeliversIt) {
+    std::unique_ptr<qnEventHandler> handler(new qnEventHandler);
+    NamedEvent* event = new NamedEvent("x");
+    event->react = [&] { handler.reset(); };
+    handler->postEvent(event, 0);
+    handler->postEvent(new NamedEvent("y"), 0);
+    handler->distributeEvents();
+    EXPECT_EQ(told(), "x ~y ~x");
+}
+
 TEST_F(EventReentrancy, MessageIsDestroyedInItsOwnDelivery) {
     ChannelWatch watched(in(a));
     CountedBox* box = new CountedBox(1);

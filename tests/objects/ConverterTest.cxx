@@ -155,6 +155,23 @@ TEST_F(Converter, SpliceCopiesLatestOnly) {
     }
 }
 
+TEST_F(Converter, SplicingAnewTakesTheFlagOfTheNewInput) {
+    const unsigned short from = newType(), to = newType();
+    registerNew(from, to, convertOne);
+    qnInputChannel* first = new qnInputChannel(to, nullptr, reinterpret_cast<qnDeliverFunc>(&ignoreInt), 1);
+    qnInputChannel* second = new qnInputChannel(to, nullptr, reinterpret_cast<qnDeliverFunc>(&ignoreInt), 0);
+    qnConverter* instance = qnConverter::findConverter(from, to);
+    instance->splice(first);
+    EXPECT_EQ(1, instance->latestOnly());
+    instance->splice(second);
+    EXPECT_EQ(0, instance->latestOnly()) << "not only set, but copied";
+    EXPECT_EQ(second, instance->closure);
+    EXPECT_EQ(1u, second->refCount);
+    EXPECT_EQ(1u, first->refCount) << "nothing lets go of it";
+    qnRelease(first);
+    delete instance;
+}
+
 TEST_F(Converter, AnInstanceMayGoBeforeItIsSpliced) {
     qnInputChannel* instance = qnConverter::findConverter(qnDT_int, qnDT_float);
     qnRetain(instance);

@@ -123,13 +123,24 @@ TEST_F(PropertyList, AMissAmongSeven) {
 }
 
 TEST_F(PropertyList, FindingByName) {
+    const unsigned short lower = qnProperty::allocNewTag("list-lower");
     const unsigned short tag = qnProperty::allocNewTag("list-by-name");
-    Tagged object({0});
-    object.set(tag);
+    Tagged object({lower, tag});
     unsigned index = 77;
     EXPECT_EQ(object.getProperty(1), object.findProperty("list-by-name", &index));
     EXPECT_EQ(1u, index);
     EXPECT_EQ(object.getProperty(1), object.findProperty("list-by-name", nullptr));
+}
+
+TEST_F(PropertyList, FindingByNameWithoutAListReportsIndexZero) {
+    qnProperty::allocNewTag("list-none");
+    qnObj object;
+    for (const char* name : {"list-none", "list-unknown"}) {
+        unsigned index = 77;
+        EXPECT_EQ(nullptr, object.findProperty(name, &index)) << name;
+        EXPECT_EQ(0u, index) << name;
+        EXPECT_EQ(nullptr, object.findProperty(name, nullptr)) << name;
+    }
 }
 
 TEST_F(PropertyList, FindingByANameWithoutATagReportsIndexZero) {
@@ -239,11 +250,11 @@ TEST_F(PropertyList, RemovingWhatSomebodyHoldsTakesOneCount) {
 }
 
 TEST_F(PropertyList, RemovingByName) {
+    const unsigned short other = qnProperty::allocNewTag("list-kept");
     const unsigned short tag = qnProperty::allocNewTag("list-removed");
-    Tagged object({0});
-    object.set(tag);
+    Tagged object({other, tag});
     EXPECT_EQ(&object, object.removeProperty("list-removed"));
-    EXPECT_THAT(tagsOf(object), ElementsAre(0));
+    EXPECT_THAT(tagsOf(object), ElementsAre(other));
 }
 
 TEST_F(PropertyList, RemovingAnUnknownNameChangesNothing) {

@@ -340,4 +340,34 @@ TEST_F(PropertyRelease, FarDownAChainStillReleasesInTheOrderOfTags) {
     EXPECT_EQ("123456789", notes);
 }
 
+TEST_F(PropertyRelease, OfAReplacedObjectMayRemoveThePropertyThatHeldIt) {
+    /** An object that, when it goes, removes the property that held it. */
+    struct Remover : qnObj {
+        explicit Remover(qnObj& holder) : holder_(holder) {}
+        ~Remover() override { holder_.removeProperty(tag(3)); }
+        qnObj& holder_;
+    };
+    qnObj holder;
+    Noter* next = new Noter(notes, 'n');
+    qnProperty* property = new qnProperty(tag(3), new Remover(holder));
+    holder.setProperty(property);
+    property->setAsObjPtr(next);
+    EXPECT_EQ("n", notes) << "it went with the property";
+    EXPECT_EQ(0u, holder.getNumberOfProperties());
+}
+
+TEST_F(PropertyRelease, OfAReplacedBoxMayRemoveThePropertyThatHeldIt) {
+    /** A box that, when it goes, removes the property that held it. */
+    struct Remover : qnIntData {
+        explicit Remover(qnObj& holder) : qnIntData(1), holder_(holder) {}
+        ~Remover() override { holder_.removeProperty(tag(3)); }
+        qnObj& holder_;
+    };
+    qnObj holder;
+    qnProperty* property = new qnProperty(tag(3), new Remover(holder));
+    holder.setProperty(property);
+    property->setAsData(new qnIntData(2));
+    EXPECT_EQ(0u, holder.getNumberOfProperties());
+}
+
 }  // namespace PropertyReleaseTest

@@ -16,21 +16,34 @@ void expect(bool holds, const char* what) {
 }
 
 bool starting = false;
+bool asking = false;    // the library is asked itself, and asks for memory
+bool named = false;     // the table of property names was asked for
 unsigned furthest = 0;  // how many singletons existed when memory was asked for last
 
-void lookOn() {
-    if (!starting) return;
+bool convertsTextToStrings() {
+    asking = true;
+    qnConverter* const instance = qnConverter::findConverter(qnDT_CharPtr, qnDT_qnStr);
+    delete instance;
+    asking = false;
+    return instance != nullptr;
+}
+
+void lookOn(std::size_t size) {
+    if (!starting || asking) return;
+    if (!named) expect(size == sizeof(qnStrArray), "the table of property names comes before everything else");
+    named = true;
     const void* inOrder[] = {qn_nextDataType, qn_theExecutive, qn_theEventHandler, qn_nextEventType, qn_theDebugger};
     unsigned made = 0;
     while (made < 5 && inOrder[made] != nullptr) ++made;
     for (unsigned i = made; i < 5; ++i) expect(inOrder[i] == nullptr, "a singleton came too early");
     if (made > 1) expect(qnDT_qnStrArray == 11, "the data types are drawn before the executive is made");
+    if (made > 1) expect(convertsTextToStrings(), "the converters are registered before the executive is made");
     if (made > 4) expect(qnET_MessageEvent == 1, "the event types are drawn before the debugger is made");
     if (made > furthest) furthest = made;
 }
 
 void* allocate(std::size_t size) {
-    starting ? lookOn() : void();
+    lookOn(size);
     void* block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) std::abort();
     return block;
