@@ -10,6 +10,7 @@
 #include "Array.h"
 #include "NumberArrays.h"
 #include "support/RecordingArray.h"
+#include "support/VirtualSlot.h"
 
 namespace ArrayTest {
 
@@ -268,5 +269,20 @@ TEST(Array, TheDefaultBuildTakesAnyStartWhereNothingIsToDo) {
     EXPECT_THAT(a.log, IsEmpty());
 }
 #endif
+
+// The destructor takes 0 and 1, the root's five operations 2 to 6. Programs compiled earlier override these by place.
+TEST(Array, ElementOperationsStandInTheirSlots) {
+    EXPECT_EQ(2, virtualSlot(&qnArray::className));
+    EXPECT_EQ(3, virtualSlot(static_cast<bool (qnArray::*)(qnTranscriber&)>(&qnArray::xdr)));
+    EXPECT_EQ(4, virtualSlot(&qnArray::getTypeObj));
+    EXPECT_EQ(5, virtualSlot(&qnArray::xdrFail));
+    EXPECT_EQ(6, virtualSlot(&qnArray::xdrSuccess));
+    EXPECT_EQ(7, virtualSlot(&qnArray::getmem));
+    EXPECT_EQ(8, virtualSlot(&qnArray::expand));
+    EXPECT_EQ(9, virtualSlot(&qnArray::createElements));
+    EXPECT_EQ(10, virtualSlot(&qnArray::destroyElements));
+    EXPECT_EQ(11, virtualSlot(&qnArray::copyElements));
+    EXPECT_EQ(12, virtualSlot(&qnArray::compareElements));
+}
 
 }  // namespace ArrayTest

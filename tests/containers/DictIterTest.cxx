@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
+#include "BinaryTranscriber.h"
 #include "Dictionary.h"
 #include "StrStrDictionary.h"
 #include "VoidPtrDict.h"
@@ -519,6 +521,20 @@ TEST_F(DictIter, OfPointerDictionariesIsMadeByReferenceByPointerAndByAssignment)
     qnStr key("only");
     pointers.findCreate(&key);
     checkTypedIterator<qnVoidPtrDict, qnVoidPtrDictIter>(pointers, "only");
+}
+
+// A copy would stand on the dictionary without being registered there.
+template <class Iter>
+void expectNoCopies() {
+    EXPECT_FALSE(std::is_copy_constructible<Iter>::value);
+    EXPECT_FALSE((std::is_assignable<Iter&, const Iter&>::value));
+}
+
+TEST_F(DictIter, CannotBeCopied) {
+    expectNoCopies<qnDictIter>();
+    expectNoCopies<qnStrStrDictionaryIter>();
+    expectNoCopies<qnVoidPtrDictIter>();
+    expectNoCopies<qnBinaryOTDictIter>();
 }
 
 }  // namespace DictIterTest

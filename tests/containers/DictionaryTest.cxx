@@ -565,4 +565,14 @@ TEST(Dictionary, TypeObjectHasNoFactories) {
     EXPECT_EQ(&d.getTypeObj(), &qnDictionary_type) << "what a class without its own answers";
 }
 
+TEST(Dictionary, TheBasesDestroyingOperationsLeaveTheRecordsAlone) {
+    ProbeDictionary d;
+    int key = 3, value = 4;
+    d.qnDictionary::destroyKey(&key);
+    d.qnDictionary::destroyValue(&value);
+    EXPECT_EQ(3, key);
+    EXPECT_EQ(4, value);
+    EXPECT_EQ("", d.calls());
+}
+
 }  // namespace DictionaryTest

@@ -115,4 +115,47 @@ TEST_F(XDRObj, ReleasedByItsLastHolder) {
     EXPECT_EQ(Counting::destroyed, 1);
 }
 
+class Hooked : public qnXDRObj {
+public:
+    Hooked() {}
+    explicit Hooked(qnTypeObj& type) : qnXDRObj(type) {}
+    bool xdr(qnTranscriber& t) override { return t.xdr(&number, 1); }
+    qnTypeObj& getTypeObj() const override;
+    bool xdrFail(qnTranscriber&, void*) override {
+        ++called;
+        return false;
+    }
+    void xdrSuccess(qnTranscriber&) override { ++called; }
+    static void* newInstance(qnTypeObj& type) { return new Hooked(type); }
+    static void deleteInstance(void* object) { delete static_cast<Hooked*>(object); }
+    static bool xdr(void* object, qnTranscriber& t) { return static_cast<Hooked*>(object)->Hooked::xdr(t); }
+    int number = 5;
+    static int called;
+};
+int Hooked::called = 0;
+qnTypeObj Hooked_type("XDRObjTest.Hooked", 1, Hooked::newInstance, Hooked::deleteInstance, Hooked::xdr);
+qnTypeObj& Hooked::getTypeObj() const { return Hooked_type; }
+
+TEST_F(XDRObj, HooksAreLeftToProgramsByTheTranscribers) {
+    Hooked object;
+    MemoryStream out;
+    qnRetain(&out);
+    {
+        qnBinaryWriter hookedWriter(&out);
+        EXPECT_TRUE(hookedWriter.writeObject(&object, &object));
+    }
+    MemoryStream full;
+    qnRetain(&full);
+    full.failingPut = 1;
+    {
+        qnBinaryWriter hookedWriter(&full);
+        EXPECT_FALSE(hookedWriter.writeObject(&object, &object));
+    }
+    qnBinaryReader hookedReader(new MemoryStream(out.output), 0x1122, 0x33445566, "ieee");
+    void* read = hookedReader.readObject(Hooked_type);
+    EXPECT_NE(nullptr, read);
+    EXPECT_EQ(0, Hooked::called);
+    Hooked::deleteInstance(read);
+}
+
 }  // namespace XDRObjTest

@@ -30,13 +30,7 @@ protected:
         stream->input += records.str();
         return static_cast<Probe*>(reader.readObject(Probe::type()));
     }
-    /** A type record and a root instance with `n` bytes of data. */
-    static Bytes root(unsigned n) {
-        Probe::type();
-        Bytes bytes = Bytes::type(2, "Probe");
-        if (n == 0) return bytes.u8(0x0A).u32(1).u32(2).u32(1);
-        return bytes.u8(0x4A).u8(n).u32(1).u32(2).u32(1);
-    }
+    static Bytes root(unsigned n) { return probeRoot(n); }
     static Bytes instance(unsigned id) { return Bytes().u8(0x0A).u32(id).u32(2).u32(1); }
     bool atEnd() const { return stream->position == stream->input.size(); }
 

@@ -5,6 +5,7 @@
 
 #include "Transcriber.h"
 #include "XDRObj.h"
+#include "support/Bytes.h"
 
 /**
  * A serialisable class whose contents a test decides: its `xdr` calls a function. The type objects are built where
@@ -56,5 +57,13 @@ public:
     unsigned long* unsignedLongs = nullptr;
     double* doubles = nullptr;
 };
+
+/** A type record of probes, and a root instance with `dataBytes` bytes of data. Their ids are 2 and 1. */
+inline Bytes probeRoot(unsigned dataBytes = 0) {
+    Probe::type();
+    Bytes bytes = Bytes::type(2, "Probe");
+    if (dataBytes == 0) return bytes.u8(0x0A).u32(1).u32(2).u32(1);
+    return bytes.u8(0x4A).u8(dataBytes).u32(1).u32(2).u32(1);
+}
 
 #endif

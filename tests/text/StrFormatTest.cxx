@@ -233,4 +233,26 @@ TEST(StrFormat, ALargerBufferStays) {
 
 #pragma GCC diagnostic pop
 
+TEST(StrFormat, AConversionThatTheWalkDoesNotKnowTakesNoStringForANumber) {
+    // Binary numbers are the C library's own addition; what they take is not mistaken for the string behind them.
+    const qnStr result = formatted("%b %s", 5u, "tail");
+    const std::string text = result.text();
+    EXPECT_TRUE(text == "101 tail" || text.compare(0, 2, "%b") == 0) << text;
+    EXPECT_STREQ("   7 tail", formatted("%'4d %s", 7, "tail").text());
+    EXPECT_STREQ("007 tail", formatted("%.3d %s", 7, "tail").text());
+    EXPECT_STREQ("7    tail", formatted("%*d %s", -4, 7, "tail").text());
+}
+
+TEST(StrFormat, TheStringBehindAWidthWithAZeroInItCounts) {
+    const std::string text(400, 's');
+    qnStr widths, precisions;
+    // 10 and 400, 20 and 400; one character more, and the terminator.
+    widths.format("%10d%s", 1, text.c_str());
+    precisions.format("%20.10f%s", 1.0, text.c_str());
+    EXPECT_EQ(410u, widths.length());
+    EXPECT_LE(412u, malloc_usable_size(widths.data));
+    EXPECT_LE(422u, malloc_usable_size(precisions.data));
+    EXPECT_GT(438u + 2 * sizeof(void*), malloc_usable_size(precisions.data));
+}
+
 }  // namespace StrFormatTest

@@ -586,4 +586,22 @@ TEST(StrDeathTest, LengthsPast32BitsAreFatal) {
                 "^qnStr::resizeInternal: size of 4294967296 bytes exceeds 4294967295\n$");
 }
 
+TEST(Str, CaseOfHighCharactersAndBehindANulIsLookedUpToo) {
+    qnStr s("\xC4\xE4Z\0Ab", 6u);
+    s.lower();
+    EXPECT_EQ(std::string("\xC4\xE4z\0ab", 6), bytes(s)) << "the C locale has no high letters";
+    s.raise();
+    EXPECT_EQ(std::string("\xC4\xE4Z\0AB", 6), bytes(s));
+}
+
+TEST(Str, SumsWithItselfTakeItsTextAsItWas) {
+    qnStr s("ab");
+    s = s + s;
+    EXPECT_EQ("abab", bytes(s));
+    s = s + "-" + s;
+    EXPECT_EQ("abab-abab", bytes(s));
+    s = "<" + s;
+    EXPECT_EQ("<abab-abab", bytes(s));
+}
+
 }  // namespace StrTest
