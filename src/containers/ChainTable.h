@@ -62,7 +62,7 @@ public:
         while (first_ != nullptr) {
             Early* early = first_;
             first_ = early->next;
-            Link& head = buckets_.elements()[early->bucket % buckets_.length()];
+            Link& head = buckets_.elements()[early->bucket < buckets_.length() ? early->bucket : 0];
             early->link->next = head;
             head = early->link;
             delete early;

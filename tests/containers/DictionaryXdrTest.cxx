@@ -234,7 +234,7 @@ TEST_F(DictionaryXdr, LargeTableThatIsCutShortKeepsTheEntriesThatArrived) {
     read.calls();
     EXPECT_EQ(read.buckets.length(), 1u << 20);
     EXPECT_EQ(read.chain(5), "8");
-    EXPECT_EQ(read.chain((1u << 20) - 1), "7") << "where it is found and destroyed";
+    EXPECT_EQ(read.chain(0), "7") << "where it is found and destroyed";
     read.cleanup();
     std::free(t.addresses[4]);  // the third entry, which never got its bucket
 }
