@@ -105,4 +105,9 @@ refuses ABoundFunctionOfAShort 'm->addInput<&on_short>("in", m);' 'incomplete ty
 refuses ABoundFunctionOfAReferenceToChange 'm->addInput<&on_qnStrRef>("in", m);' 'take it by value or by const reference'
 refuses ABoundFunctionWithAResult 'm->addInput<&on_result>("in", m);' 'incomplete type|undefined template|no matching'
 refuses ABoundFunctionOfAnotherClass 't->addInput<&on_int>("in", t);' 'cannot (convert|initialize)'
+
+# All of this is in the headers alone. The symbols of boxes show that symbols are looked at.
+nm -DC --defined-only "$build/libmorvaqnds.so" >"$folder/log"
+verdict TheLibraryExportsBoxes "$(grep -q 'qnIntData' "$folder/log" || echo "nm shows none")"
+verdict TheLibraryExportsNothingOfTypedInputs "$(grep -E 'qn(Receiver|Receives|Bound|DataType|MakeReceiver)[<(]' "$folder/log" | head -n 3)"
 exit $failed

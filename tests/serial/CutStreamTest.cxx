@@ -39,29 +39,27 @@ TEST(CutInput, AnArrayWhoseFurtherRecordsNeverComeGivesNullAndIsFreed) {
     }
 }
 
+/** Whether two values of a type are read from a record of `bytes` data bytes. */
+template <class Value>
+bool readsTwo(unsigned bytes) {
+    const Bytes record = Bytes().u8(0x40).u8(bytes).raw(std::string(bytes, 'x'));
+    qnBinaryReader reader(new MemoryStream(record.str()), 0x1122, 0x33445566, "ieee");
+    Value values[2];
+    return reader.xdr(values, 2);
+}
+
 TEST(CutInput, ValuesThatNeverComeAreAnsweredWithFalse) {
-    for (int form = 0; form < 9; ++form) {
-        qnBinaryReader reader(new MemoryStream(Bytes().u8(0x40).u8(3).raw("abc").str()), 0x1122, 0x33445566, "ieee");
-        char c[4];
-        unsigned char b[4];
-        short s[2];
-        unsigned short us[2];
-        int i;
-        unsigned u;
-        long l;
-        unsigned long ul;
-        float f;
-        double d;
-        bool read[] = {form == 0 && reader.xdr(c, 4),
-                       form == 1 && reader.xdr(b, 4),
-                       form == 2 && reader.xdr(s, 2),
-                       form == 3 && reader.xdr(us, 2),
-                       form == 4 && reader.xdr(&i, 1),
-                       form == 5 && reader.xdr(&u, 1),
-                       form == 6 && reader.xdr(&l, 1),
-                       form == 7 && reader.xdr(&ul, 1),
-                       form == 8 && (reader.xdr(&f, 1) || reader.xdr(&d, 1))};
-        EXPECT_FALSE(read[form]) << form;
+    const struct {
+        bool (*reads)(unsigned bytes);
+        unsigned size;  // bytes of a value in a stream
+    } forms[] = {{&readsTwo<char>, 1},           {&readsTwo<unsigned char>, 1}, {&readsTwo<short>, 2},
+                 {&readsTwo<unsigned short>, 2}, {&readsTwo<int>, 4},           {&readsTwo<unsigned>, 4},
+                 {&readsTwo<long>, 4},           {&readsTwo<unsigned long>, 4}, {&readsTwo<float>, 4},
+                 {&readsTwo<double>, 8}};
+    for (const auto& form : forms) {
+        const auto number = &form - forms;
+        for (unsigned bytes = 0; bytes < 2 * form.size; ++bytes) EXPECT_FALSE(form.reads(bytes)) << number << bytes;
+        EXPECT_TRUE(form.reads(2 * form.size)) << number;
     }
 }
 

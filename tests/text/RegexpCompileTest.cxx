@@ -43,6 +43,14 @@ enum : unsigned char {
     CLOSE = 30
 };
 
+#if defined(__i386__) || defined(__powerpc__)
+static_assert(offsetof(regexp, startp) == 0 && offsetof(regexp, endp) == 40, "");
+static_assert(offsetof(regexp, regstart) == 80 && offsetof(regexp, reganch) == 81, "");
+static_assert(offsetof(regexp, regmust) == 84 && offsetof(regexp, regmlen) == 88, "");
+static_assert(offsetof(regexp, program) == 92, "");
+#endif
+static_assert(NSUBEXP == 10 && sizeof(regexp::program) == 1, "");
+
 TEST(RegexpCompileTest, AnEmptyPatternIsABranchOfNothing) {
     EXPECT_PROGRAM("", MAGIC, BRANCH, 0, 6, NOTHING, 0, 3, END, 0, 0);
 }
@@ -480,14 +488,6 @@ TEST(RegexpCompileTest, ExhaustedMemoryGivesNull) {
 }
 #endif
 
-#if defined(__i386__) || defined(__powerpc__)
-static_assert(offsetof(regexp, startp) == 0 && offsetof(regexp, endp) == 40, "");
-static_assert(offsetof(regexp, regstart) == 80 && offsetof(regexp, reganch) == 81, "");
-static_assert(offsetof(regexp, regmust) == 84 && offsetof(regexp, regmlen) == 88, "");
-static_assert(offsetof(regexp, program) == 92, "");
-#endif
-static_assert(NSUBEXP == 10 && sizeof(regexp::program) == 1, "");
-
 TEST(RegexpCompileTest, NineGroupsWithinEachOtherHaveNineEnds) {
     EXPECT_PROGRAM("(((((((((a)))))))))", MAGIC, BRANCH, 0, 89,                   // 1 -> 90
                    OPEN + 1, 0, 3, BRANCH, 0, 80, OPEN + 2, 0, 3, BRANCH, 0, 71,  // 7 -> 87, 13 -> 84
@@ -518,7 +518,7 @@ TEST(RegexpCompileTest, ARunEndsBeforeEveryCharacterOfTheStructureAround) {
 
 TEST(RegexpCompileTest, AnEscapeAtTheEndOfARunIsItsCharacter) {
     EXPECT_PROGRAM("a\\$", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 6, 'a', '$', 0, END, 0, 0);
-    EXPECT_PROGRAM("a\\.$", MAGIC, BRANCH, 0, 12, EXACTLY, 0, 6, 'a', '.', 0, 2, 0, 3, END, 0, 0);  // EOL
+    EXPECT_PROGRAM("a\\.$", MAGIC, BRANCH, 0, 12, EXACTLY, 0, 6, 'a', '.', 0, EOL, 0, 3, END, 0, 0);
     EXPECT_PROGRAM("a\\\n|b", MAGIC, BRANCH, 0, 9, EXACTLY, 0, 14, 'a', '\n', 0, BRANCH, 0, 8, EXACTLY, 0, 5, 'b', 0,
                    END, 0, 0);
 }
